@@ -1,0 +1,62 @@
+#include <kovis/koFileIOService.h>
+
+#include "koReferenceEngine.h"
+
+#include <kovis/koHost.h>
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+koFileIOService::koFileIOService(QObject* parent)
+    : koBaseService(parent)
+{
+    koReferenceEngine* engine = koHost::engine();
+    connect(engine, &koReferenceEngine::projectLoad, this, &koFileIOService::projectLoad);
+    connect(engine, &koReferenceEngine::projectLoadFinished, this, &koFileIOService::projectLoadFinished);
+}
+
+bool koFileIOService::isProjectFile(const QString& path) const
+{
+    return QFileInfo(path).suffix().compare(QLatin1String("kpr"), Qt::CaseInsensitive) == 0;
+}
+
+QString koFileIOService::getImportFileFilter(int group) const
+{
+    const auto tr = [](const char* text) { return QCoreApplication::translate("koFileIOService", text); };
+    switch (group) {
+    case ProjectFiles:
+        return tr("Kovis Project Files (*.kpr)");
+    case SmartFiles:
+        return tr("Smart Files (*.kpr *.osb)");
+    case GeometryFiles:
+        return tr("Wavefront OBJ (*.obj)");
+    case ImportFiles:
+        return tr("Importable Files (*.obj *.stl *.ply *.step *.stp *.iges *.igs *.jt *.fbx *.wrl);;"
+                  "Wavefront OBJ (*.obj);;All Files (*)");
+    default:
+        return tr("All Files (*)");
+    }
+}
+
+bool koFileIOService::loadProject(const QString& path)
+{
+    return koHost::engine()->loadProject(path);
+}
+
+bool koFileIOService::saveProject(const QString& path)
+{
+    const bool saved = koHost::engine()->saveProject(path);
+    if (saved)
+        emit projectSaved(koHost::engine()->projectPath());
+    return saved;
+}
+
+void koFileIOService::newProject()
+{
+    koHost::engine()->newProject();
+}
+
+QString koFileIOService::getProjectPath() const
+{
+    return koHost::engine()->projectPath();
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "koSceneNodeDesc.h"
+
+#include <kovis/koGlobal.h>
+
+#include <QByteArray>
+#include <QString>
+
+// Reads and writes binary geometry files (.osb): a tree of groups and geometry nodes
+// without references; references in written content are stored as plain groups.
+class KOVIS_EXPORT koOsbFile
+{
+public:
+    static constexpr quint32 magic = 0x4B4F5342; // "KOSB"
+    static constexpr quint16 version = 1;
+    static constexpr quint32 maxNodes = 10000000;
+
+    static bool read(const QString& path, koSceneNodeDesc& root, QString* error);
+    static bool parse(const QByteArray& data, koSceneNodeDesc& root, QString* error);
+    static QByteArray serialize(const koSceneNodeDesc& root);
+};

@@ -1,0 +1,320 @@
+#include "koProjectFile.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+const QString formatName = QStringLiteral("kovis-project");
+constexpr int formatVersion = 1;
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("koProjectFile", text);
+}
+
+struct ParseContext
+{
+    QString folder;
+    QString error;
+    QStringList trail;
+
+    bool fail(const QString& message)
+    {
+        if (error.isEmpty()) {
+            error = trail.isEmpty() ? message
+                                    : tr("node \"%1\": %2").arg(trail.join(QLatin1Char('/')).left(200), message);
+        }
+        return false;
+    }
+};
+
+QString absolutePath(const QString& stored, const QString& folder)
+{
+    if (stored.isEmpty())
+        return stored;
+    return QDir::cleanPath(QDir(folder).absoluteFilePath(QDir::fromNativeSeparators(stored)));
+}
+
+QString storedPath(const QString& path, const QString& folder)
+{
+    if (path.isEmpty())
+        return path;
+    const QString relative = QDir(folder).relativeFilePath(path);
+    if (relative.startsWith(QLatin1String("../")) || relative == QLatin1String("..") || QDir::isAbsolutePath(relative))
+        return path;
+    return relative;
+}
+
+bool readString(const QJsonObject& object, const char* key, QString& value, ParseContext& context, bool required)
+{
+    const QJsonValue entry = object.value(QLatin1String(key));
+    if (entry.isUndefined())
+        return !required || context.fail(tr("\"%1\" is missing").arg(QLatin1String(key)));
+    if (!entry.isString())
+        return context.fail(tr("\"%1\" must be a text").arg(QLatin1String(key)));
+    value = entry.toString();
+    if (value.size() > koProjectFile::maxTextLength)
+        return context.fail(tr("\"%1\" is longer than %2 characters").arg(QLatin1String(key)).arg(koProjectFile::maxTextLength));
+    return true;
+}
+
+bool readBool(const QJsonObject& object, const char* key, bool& value, ParseContext& context)
+{
+    const QJsonValue entry = object.value(QLatin1String(key));
+    if (entry.isUndefined())
+        return true;
+    if (!entry.isBool())
+        return context.fail(tr("\"%1\" must be true or false").arg(QLatin1String(key)));
+    value = entry.toBool();
+    return true;
+}
+
+bool readCount(const QJsonObject& object, const char* key, quint32& value, ParseContext& context)
+{
+    const QJsonValue entry = object.value(QLatin1String(key));
+    if (entry.isUndefined())
+        return true;
+    const double number = entry.toDouble(-1);
+    if (!entry.isDouble() || number < 0 || number > 4294967295.0 || number != qint64(number))
+        return context.fail(tr("\"%1\" must be a whole number of at least 0").arg(QLatin1String(key)));
+    value = quint32(number);
+    return true;
+}
+
+bool readTransform(const QJsonObject& object, QMatrix4x4& transform, ParseContext& context)
+{
+    const QJsonValue entry = object.value(QLatin1String("transform"));
+    if (entry.isUndefined())
+        return true;
+    const QJsonArray values = entry.toArray();
+    if (!entry.isArray() || values.size() != 16)
+        return context.fail(tr("\"transform\" must be a list of 16 numbers"));
+    float numbers[16];
+    for (int i = 0; i < 16; ++i) {
+        if (!values.at(i).isDouble())
+            return context.fail(tr("\"transform\" must be a list of 16 numbers"));
+        numbers[i] = float(values.at(i).toDouble());
+    }
+    transform = QMatrix4x4(numbers);
+    return true;
+}
+
+bool readDate(const QJsonObject& object, const char* key, QDateTime& date, ParseContext& context)
+{
+    QString text;
+    if (!readString(object, key, text, context, false))
+        return false;
+    if (text.isEmpty())
+        return true;
+    date = QDateTime::fromString(text, Qt::ISODateWithMs);
+    if (!date.isValid())
+        return context.fail(tr("\"%1\" must be a date such as 2024-05-01T12:00:00Z").arg(QLatin1String(key)));
+    return true;
+}
+
+bool readNode(const QJsonValue& value, koSceneNodeDesc& node, int depth, ParseContext& context);
+
+bool readChildren(const QJsonObject& object, koSceneNodeDesc& node, int depth, ParseContext& context)
+{
+    const QJsonValue entry = object.value(QLatin1String("children"));
+    if (entry.isUndefined())
+        return true;
+    if (!entry.isArray())
+        return context.fail(tr("\"children\" must be a list of nodes"));
+    const QJsonArray children = entry.toArray();
+    node.children.resize(children.size());
+    for (int i = 0; i < children.size(); ++i) {
+        if (!readNode(children.at(i), node.children[i], depth + 1, context))
+            return false;
+    }
+    return true;
+}
+
+bool readReference(const QJsonObject& object, koSceneNodeDesc& node, ParseContext& context)
+{
+    koReferenceContent& reference = node.reference;
+    const bool hasSmart = object.contains(QLatin1String("smart"));
+    const bool hasSource = object.contains(QLatin1String("source"));
+    if (!readString(object, "smart", reference.smartPath, context, false)
+        || !readString(object, "source", reference.sourcePath, context, false)
+        || !readDate(object, "sourceImported", reference.sourceImportDate, context)
+        || !readBool(object, "loaded", reference.loaded, context)) {
+        return false;
+    }
+    reference.hasSmart = hasSmart;
+    reference.hasSource = hasSource;
+    reference.smartPath = absolutePath(reference.smartPath, context.folder);
+    reference.sourcePath = absolutePath(reference.sourcePath, context.folder);
+    reference.smartUnsaved = hasSmart && reference.smartPath.isEmpty();
+    node.inlineContent = object.contains(QLatin1String("children"));
+    return true;
+}
+
+koNodeType typeFromName(const QString& name, bool* known)
+{
+    *known = true;
+    if (name == QLatin1String("group"))
+        return koNodeType::Group;
+    if (name == QLatin1String("geometry"))
+        return koNodeType::Geometry;
+    if (name == QLatin1String("reference"))
+        return koNodeType::Reference;
+    *known = false;
+    return koNodeType::Group;
+}
+
+bool readNode(const QJsonValue& value, koSceneNodeDesc& node, int depth, ParseContext& context)
+{
+    if (depth > koProjectFile::maxDepth)
+        return context.fail(tr("nodes are nested more than %1 levels deep").arg(koProjectFile::maxDepth));
+    if (!value.isObject())
+        return context.fail(tr("a node must be an object"));
+    const QJsonObject object = value.toObject();
+    QString typeName;
+    if (!readString(object, "name", node.name, context, true))
+        return false;
+    context.trail.append(node.name);
+    bool known = false;
+    if (!readString(object, "type", typeName, context, true))
+        return false;
+    node.type = typeFromName(typeName, &known);
+    if (!known)
+        return context.fail(tr("unknown node type \"%1\"").arg(typeName.left(40)));
+    if (!readBool(object, "visible", node.visible, context) || !readBool(object, "locked", node.locked, context)
+        || !readTransform(object, node.transform, context)
+        || !readString(object, "instance", node.instance, context, false)
+        || !readCount(object, "vertices", node.vertices, context) || !readCount(object, "faces", node.faces, context)) {
+        return false;
+    }
+    if (node.type == koNodeType::Reference && !readReference(object, node, context))
+        return false;
+    if (!readChildren(object, node, depth, context))
+        return false;
+    context.trail.removeLast();
+    return true;
+}
+
+QString typeName(koNodeType type)
+{
+    switch (type) {
+    case koNodeType::Geometry:
+        return QStringLiteral("geometry");
+    case koNodeType::Reference:
+        return QStringLiteral("reference");
+    case koNodeType::Group:
+        break;
+    }
+    return QStringLiteral("group");
+}
+
+QJsonObject writeNode(const koSceneNodeDesc& node, const QString& folder)
+{
+    QJsonObject object;
+    object.insert(QStringLiteral("type"), typeName(node.type));
+    object.insert(QStringLiteral("name"), node.name);
+    if (!node.visible)
+        object.insert(QStringLiteral("visible"), false);
+    if (node.locked)
+        object.insert(QStringLiteral("locked"), true);
+    if (!node.transform.isIdentity()) {
+        QJsonArray values;
+        const float* data = node.transform.constData();
+        // QMatrix4x4 keeps its numbers column by column; files list them row by row.
+        for (int row = 0; row < 4; ++row) {
+            for (int column = 0; column < 4; ++column)
+                values.append(double(data[column * 4 + row]));
+        }
+        object.insert(QStringLiteral("transform"), values);
+    }
+    if (!node.instance.isEmpty())
+        object.insert(QStringLiteral("instance"), node.instance);
+    if (node.type == koNodeType::Geometry) {
+        object.insert(QStringLiteral("vertices"), qint64(node.vertices));
+        object.insert(QStringLiteral("faces"), qint64(node.faces));
+    }
+    if (node.type == koNodeType::Reference) {
+        const koReferenceContent& reference = node.reference;
+        if (reference.hasSmart)
+            object.insert(QStringLiteral("smart"), storedPath(reference.smartPath, folder));
+        if (reference.hasSource)
+            object.insert(QStringLiteral("source"), storedPath(reference.sourcePath, folder));
+        if (reference.sourceImportDate.isValid())
+            object.insert(QStringLiteral("sourceImported"), reference.sourceImportDate.toUTC().toString(Qt::ISODateWithMs));
+        if (!reference.loaded)
+            object.insert(QStringLiteral("loaded"), false);
+    }
+    if (node.type != koNodeType::Reference || node.inlineContent) {
+        QJsonArray children;
+        for (const koSceneNodeDesc& child : node.children)
+            children.append(writeNode(child, folder));
+        if (!children.isEmpty() || node.type == koNodeType::Reference)
+            object.insert(QStringLiteral("children"), children);
+    }
+    return object;
+}
+
+} // namespace
+
+bool koProjectFile::read(const QString& path, koSceneNodeDesc& root, QString* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = tr("%1 cannot be read: %2").arg(QDir::toNativeSeparators(path), file.errorString());
+        return false;
+    }
+    if (file.size() > maxFileSize) {
+        if (error)
+            *error = tr("%1 is larger than %2 MB").arg(QDir::toNativeSeparators(path)).arg(maxFileSize / (1024 * 1024));
+        return false;
+    }
+    QString message;
+    if (parse(file.readAll(), QFileInfo(path).absolutePath(), root, &message))
+        return true;
+    if (error)
+        *error = tr("%1 is not a valid project file: %2").arg(QDir::toNativeSeparators(path), message);
+    return false;
+}
+
+bool koProjectFile::parse(const QByteArray& data, const QString& folder, koSceneNodeDesc& root, QString* error)
+{
+    ParseContext context;
+    context.folder = folder;
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(data, &parseError);
+    koSceneNodeDesc result;
+    if (document.isNull()) {
+        context.fail(tr("%1 at offset %2").arg(parseError.errorString()).arg(parseError.offset));
+    } else if (!document.isObject() || document.object().value(QLatin1String("format")).toString() != formatName) {
+        context.fail(tr("the file is not a Kovis project"));
+    } else if (document.object().value(QLatin1String("version")).toInt(0) < 1) {
+        context.fail(tr("the file has no valid format version"));
+    } else if (document.object().value(QLatin1String("version")).toInt() > formatVersion) {
+        context.fail(tr("the file was written by a newer version of Kovis"));
+    } else if (readNode(document.object().value(QLatin1String("root")), result, 0, context)
+               && result.type != koNodeType::Group) {
+        context.fail(tr("the root node must be a group"));
+    }
+    if (!context.error.isEmpty()) {
+        if (error)
+            *error = context.error;
+        return false;
+    }
+    root = std::move(result);
+    return true;
+}
+
+QByteArray koProjectFile::serialize(const koSceneNodeDesc& root, const QString& folder)
+{
+    QJsonObject document;
+    document.insert(QStringLiteral("format"), formatName);
+    document.insert(QStringLiteral("version"), formatVersion);
+    document.insert(QStringLiteral("root"), writeNode(root, folder));
+    return QJsonDocument(document).toJson(QJsonDocument::Indented);
+}

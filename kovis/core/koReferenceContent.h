@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+// The file links of a reference and what the host knows of their files.
+struct koReferenceContent
+{
+    bool hasSmart = false;
+    bool hasSource = false;
+    QString smartPath;
+    QString sourcePath;
+    bool loaded = true;
+    // Created in this session and never written.
+    bool smartUnsaved = false;
+    // The smart file could not be read; it counts as missing until it changes.
+    bool smartUnreadable = false;
+    // Modification time of the smart file when its content was read or written.
+    QDateTime smartStamp;
+    QDateTime sourceImportDate;
+
+    bool operator==(const koReferenceContent& other) const
+    {
+        return hasSmart == other.hasSmart && hasSource == other.hasSource && smartPath == other.smartPath
+            && sourcePath == other.sourcePath && loaded == other.loaded && smartUnsaved == other.smartUnsaved
+            && smartUnreadable == other.smartUnreadable && smartStamp == other.smartStamp
+            && sourceImportDate == other.sourceImportDate;
+    }
+    bool operator!=(const koReferenceContent& other) const { return !(*this == other); }
+};

@@ -1,0 +1,200 @@
+#include <kovis/koReferenceService.h>
+
+#include "koReferenceEngine.h"
+
+#include <kovis/koHost.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koPreferencesService.h>
+
+namespace {
+
+const QString monitoringEnabledKey = QStringLiteral("Reference Change Monitoring Enabled");
+const QString monitoringIntervalKey = QStringLiteral("Reference Update Monitoring Interval");
+const QString notificationModeKey = QStringLiteral("Reference change notification mode");
+const QString convertWarningKey = QStringLiteral("Reference Show Convert to Smart Warning Enabled");
+const QString storeModeKey = QStringLiteral("Reference Smart Reference Store mode");
+const QString storeLocationKey = QStringLiteral("Reference Smart Reference Store Location");
+const QString loadModeKey = QStringLiteral("Reference Load Sub References mode");
+const QString category = QStringLiteral("References");
+
+koReferenceEngine* engine()
+{
+    return koHost::engine();
+}
+
+QList<kodReferenceNode> referencesOf(const QVector<quint64>& ids)
+{
+    QList<kodReferenceNode> references;
+    references.reserve(ids.size());
+    for (quint64 id : ids)
+        references.append(kodReferenceNode(id));
+    return references;
+}
+
+} // namespace
+
+koReferenceService::koReferenceService(QObject* parent)
+    : koBaseService(parent)
+{
+    koReferenceEngine* host = engine();
+    connect(host, &koReferenceEngine::referencesChanged, this,
+            [this](const QVector<quint64>& ids) { emit referencesChanged(referencesOf(ids)); });
+    connect(host, &koReferenceEngine::referenceCreated, this,
+            [this](quint64 id) { emit referenceCreated(kodReferenceNode(id)); });
+    connect(host, &koReferenceEngine::monitoringChanged, this, &koReferenceService::updateMonitoringChanged);
+    if (auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>()) {
+        connect(preferences, &koPreferencesService::categoryApplied, this, [this](const QString& name) {
+            if (name == category)
+                loadPreferences();
+        });
+        loadPreferences();
+    }
+}
+
+koReferenceService::~koReferenceService() = default;
+
+void koReferenceService::loadPreferences()
+{
+    const auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+    if (!preferences)
+        return;
+    setChangeMonitoringEnabled(preferences->getBoolValue(monitoringEnabledKey, true));
+    setShowConvertToSmartWarning(preferences->getBoolValue(convertWarningKey, true));
+    setChangeNotificationMode(preferences->getIntValue(notificationModeKey, 1));
+    setSmartReferenceStoreMode(preferences->getIntValue(storeModeKey, 0));
+    setSmartReferenceStoreLocation(preferences->getStringValue(storeLocationKey, QString()));
+    setLoadSubReferencesMode(preferences->getIntValue(loadModeKey, 0));
+    setUpdateMonitoringInterval(preferences->getIntValue(monitoringIntervalKey, 5) * 1000);
+}
+
+QList<kodReferenceNode> koReferenceService::getSceneReferences() const
+{
+    return referencesOf(engine()->sceneReferences());
+}
+
+QList<kodReferenceNode> koReferenceService::getReferences(const kodNode& node) const
+{
+    return referencesOf(engine()->store()->referencesBelow(node.getObjectId()));
+}
+
+QList<kodReferenceNode> koReferenceService::getSubReferences(const kodReferenceNode& reference) const
+{
+    QVector<quint64> ids = engine()->store()->referencesBelow(reference.getObjectId());
+    ids.removeOne(reference.getObjectId());
+    return referencesOf(ids);
+}
+
+kodReferenceNode koReferenceService::createReference(const kodNode& parent)
+{
+    return kodReferenceNode(engine()->createReference(parent.getObjectId()));
+}
+
+kodNode koReferenceService::removeReference(const kodReferenceNode& reference)
+{
+    return kodNode(engine()->removeReference(reference.getObjectId()));
+}
+
+kodReferenceNode koReferenceService::convertToSmartReference(const kodNode& node)
+{
+    return kodReferenceNode(engine()->convertToSmart(node.getObjectId()));
+}
+
+QList<kodReferenceNode> koReferenceService::importSourceReferences(const QList<kodReferenceNode>& references)
+{
+    QList<kodReferenceNode> imported;
+    for (const kodReferenceNode& reference : references) {
+        if (engine()->importSource(reference.getObjectId()))
+            imported.append(reference);
+    }
+    return imported;
+}
+
+QList<kodReferenceNode> koReferenceService::reimportSmartReferences(const QList<kodReferenceNode>& references)
+{
+    QList<kodReferenceNode> reimported;
+    for (const kodReferenceNode& reference : references) {
+        if (engine()->loadSmart(reference.getObjectId()))
+            reimported.append(reference);
+    }
+    return reimported;
+}
+
+QStringList koReferenceService::getSceneReferenceFileExtensions() const
+{
+    return engine()->fileExtensions();
+}
+
+bool koReferenceService::showConvertToSmartWarning() const
+{
+    return engine()->settings().showConvertWarning;
+}
+
+int koReferenceService::getSmartReferenceStoreMode() const
+{
+    return engine()->settings().storeMode;
+}
+
+QString koReferenceService::getSmartReferenceStoreLocation() const
+{
+    return engine()->settings().storeLocation;
+}
+
+bool koReferenceService::isChangeMonitoringEnabled() const
+{
+    return engine()->settings().monitoringEnabled;
+}
+
+int koReferenceService::getUpdateMonitoringInterval() const
+{
+    return engine()->settings().monitoringInterval;
+}
+
+int koReferenceService::getChangeNotificationMode() const
+{
+    return engine()->settings().notificationMode;
+}
+
+int koReferenceService::getLoadSubReferencesMode() const
+{
+    return engine()->settings().loadMode;
+}
+
+void koReferenceService::setChangeMonitoringEnabled(bool enabled)
+{
+    engine()->setMonitoringEnabled(enabled);
+}
+
+void koReferenceService::setShowConvertToSmartWarning(bool show)
+{
+    engine()->settings().showConvertWarning = show;
+}
+
+void koReferenceService::setChangeNotificationMode(int mode)
+{
+    engine()->settings().notificationMode = mode;
+}
+
+void koReferenceService::setSmartReferenceStoreMode(int mode)
+{
+    engine()->settings().storeMode = mode;
+}
+
+void koReferenceService::setSmartReferenceStoreLocation(const QString& folder)
+{
+    engine()->settings().storeLocation = folder;
+}
+
+void koReferenceService::setLoadSubReferencesMode(int mode)
+{
+    engine()->settings().loadMode = mode;
+}
+
+void koReferenceService::setUpdateMonitoringInterval(int milliseconds)
+{
+    engine()->setMonitoringInterval(milliseconds);
+}
+
+void koReferenceService::checkFiles()
+{
+    engine()->checkFiles();
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "koNodeRecord.h"
+#include "koReferenceContent.h"
+
+#include <kovis/koGlobal.h>
+
+#include <QHash>
+#include <QMultiHash>
+#include <QObject>
+#include <QVector>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+// The one scene of the process: nodes keyed by id, the reference data of each shared
+// content, and how many unsaved edits each reference's own content has. Every change
+// goes through here; while an undo scope is open it is recorded as an undoable command.
+class KOVIS_EXPORT koSceneStore : public QObject
+{
+    Q_OBJECT
+public:
+    // Which reference an edit counts against.
+    enum class Mark { None, Owner };
+
+    static koSceneStore* the();
+
+    explicit koSceneStore(QObject* parent = nullptr);
+    ~koSceneStore() override;
+
+    const koNodeRecord* node(quint64 id) const;
+    quint64 rootId() const { return m_rootId; }
+    quint64 allocateId() { return ++m_lastId; }
+    int nodeCount() const { return int(m_nodes.size()); }
+
+    const koReferenceContent* content(quint64 shareKey) const;
+    const koReferenceContent* contentOfNode(quint64 id) const;
+
+    // The nearest reference strictly above the node (0 for none).
+    quint64 owningReference(quint64 id) const;
+    // The reference whose file holds the children of the node.
+    quint64 childOwner(quint64 id) const;
+    bool isAncestor(quint64 ancestor, quint64 id) const;
+    // Every live node with this share key, the original first.
+    QVector<quint64> instances(quint64 shareKey) const;
+    // Reference nodes at and below the node, parents before children.
+    QVector<quint64> referencesBelow(quint64 id) const;
+    // Copies of the node and everything below it, parents before children.
+    QVector<koNodeRecord> subtree(quint64 id) const;
+
+    bool isChanged(quint64 shareKey) const;
+    bool isAnyReferenceBelowChanged(quint64 id) const;
+
+    // Replaces the whole scene (not undoable). The first record is the root.
+    void reset(QVector<koNodeRecord> nodes, const QHash<quint64, koReferenceContent>& contents);
+
+    void insertSubtree(quint64 parent, int index, const QVector<koNodeRecord>& nodes, Mark mark);
+    void removeSubtree(quint64 id, Mark mark);
+    void setName(quint64 id, const QString& name);
+    void setVisible(quint64 id, bool visible);
+    void setUserLocked(quint64 id, bool locked);
+    // markKey: the share key of the reference whose file changes with it (0 for none).
+    // Session state of files (stamps, unsaved) is set with undoable false: undo must
+    // not take back what happened on disk.
+    void setContent(quint64 shareKey, const koReferenceContent& content, quint64 markKey, bool undoable = true);
+    // The reference's content now matches its file.
+    void markSaved(quint64 shareKey);
+
+signals:
+    void sceneReset();
+    void subtreeInserted(quint64 parent, quint64 id);
+    void subtreeAboutToBeRemoved(quint64 parent, quint64 id);
+    void subtreeRemoved(quint64 parent, quint64 id);
+    void nodeChanged(quint64 id, const QByteArray& property);
+    void contentChanged(quint64 shareKey);
+    void changeStateChanged(quint64 shareKey);
+
+private:
+    koNodeRecord* mutableNode(quint64 id);
+    quint64 markKeyFor(quint64 childOwnerOf, Mark mark) const;
+    void record(const QString& text, std::function<void()> undo, std::function<void()> redo);
+
+    void insertRaw(quint64 parent, int index, const QVector<koNodeRecord>& nodes, quint64 markKey, int delta);
+    void removeRaw(quint64 id, quint64 markKey, int delta);
+    void setFlagRaw(quint64 id, const QByteArray& property, bool value, quint64 markKey, int delta);
+    void setNameRaw(quint64 id, const QString& name, quint64 markKey, int delta);
+    void setContentRaw(quint64 shareKey, const std::optional<koReferenceContent>& content, quint64 markKey,
+                       int delta);
+    void addChange(quint64 shareKey, int delta);
+
+    void indexClone(const koNodeRecord& node);
+    void unindexClone(const koNodeRecord& node);
+
+    static koSceneStore* s_instance;
+    std::unordered_map<quint64, std::unique_ptr<koNodeRecord>> m_nodes;
+    QHash<quint64, koReferenceContent> m_contents;
+    QMultiHash<quint64, quint64> m_clones;
+    QHash<quint64, int> m_changeCount;
+    QHash<quint64, int> m_savedCount;
+    quint64 m_rootId = 0;
+    quint64 m_lastId = 0;
+};

@@ -1,0 +1,7 @@
+#include <kovis/koUndoString.h>
+
+koUndoString::koUndoString(const char* context, const QString& text)
+    : m_context(context)
+    , m_text(text)
+{
+}

@@ -1,0 +1,233 @@
+#include <kovis/kodNode.h>
+
+#include "koReferenceEngine.h"
+#include "koSceneStore.h"
+
+#include <kovis/koHost.h>
+
+namespace {
+
+const koNodeRecord* recordOf(const kodObject& handle)
+{
+    const koSceneStore* store = koSceneStore::the();
+    return store && !handle.isNull() ? store->node(handle.getObjectId()) : nullptr;
+}
+
+QList<kodNode> nodesOf(const QVector<quint64>& ids)
+{
+    QList<kodNode> nodes;
+    nodes.reserve(ids.size());
+    for (quint64 id : ids)
+        nodes.append(kodNode(id));
+    return nodes;
+}
+
+} // namespace
+
+kodNode::kodNode(quint64 id)
+{
+    initialize(id);
+}
+
+bool kodNode::isValid() const
+{
+    return recordOf(*this) != nullptr;
+}
+
+QString kodNode::getName() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node ? node->name : QString();
+}
+
+void kodNode::setName(const QString& name)
+{
+    if (isValid())
+        koSceneStore::the()->setName(getObjectId(), name);
+}
+
+kodNode kodNode::getParent() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node ? kodNode(node->parent) : kodNode();
+}
+
+unsigned kodNode::getChildCount() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node ? unsigned(node->children.size()) : 0;
+}
+
+int kodNode::getChildIndex(const kodNode& child) const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node ? node->children.indexOf(child.getObjectId()) : -1;
+}
+
+kodNode kodNode::getChild(unsigned index) const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node && index < unsigned(node->children.size()) ? kodNode(node->children.at(int(index))) : kodNode();
+}
+
+QList<kodNode> kodNode::getChildren() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node ? nodesOf(node->children) : QList<kodNode>();
+}
+
+bool kodNode::isVisible() const
+{
+    const koSceneStore* store = koSceneStore::the();
+    const koNodeRecord* node = recordOf(*this);
+    for (; node; node = store->node(node->parent)) {
+        if (!node->visible)
+            return false;
+    }
+    return isValid();
+}
+
+bool kodNode::getVisibilityFlag() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node && node->visible;
+}
+
+void kodNode::setVisibilityFlag(bool visible)
+{
+    if (isValid())
+        koSceneStore::the()->setVisible(getObjectId(), visible);
+}
+
+QMatrix4x4 kodNode::getWorldTransform() const
+{
+    const koSceneStore* store = koSceneStore::the();
+    QMatrix4x4 world;
+    for (const koNodeRecord* node = recordOf(*this); node; node = store->node(node->parent))
+        world = node->transform * world;
+    return world;
+}
+
+bool kodNode::isShared() const
+{
+    return getRefCount() > 1;
+}
+
+QList<kodNode> kodNode::getSharedNodes() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    if (!node)
+        return {};
+    QVector<quint64> others = koSceneStore::the()->instances(node->shareKey);
+    others.removeOne(node->id);
+    return nodesOf(others);
+}
+
+unsigned kodNode::getIndex() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    const koNodeRecord* parent = node ? koSceneStore::the()->node(node->parent) : nullptr;
+    return parent ? unsigned(parent->children.indexOf(node->id)) : 0;
+}
+
+void kodNode::addChild(const kodNode& child)
+{
+    if (isValid() && child.isValid())
+        koHost::engine()->moveNode(child.getObjectId(), getObjectId());
+}
+
+void kodNode::clearChildren()
+{
+    const koNodeRecord* node = recordOf(*this);
+    if (!node)
+        return;
+    const QVector<quint64> children = node->children;
+    for (quint64 child : children)
+        koSceneStore::the()->removeSubtree(child, koSceneStore::Mark::Owner);
+}
+
+unsigned kodNode::getRefCount() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node ? unsigned(koSceneStore::the()->instances(node->shareKey).size()) : 0;
+}
+
+bool kodNode::getUserLocked() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node && node->userLocked;
+}
+
+void kodNode::setUserLocked(bool locked)
+{
+    if (isValid())
+        koSceneStore::the()->setUserLocked(getObjectId(), locked);
+}
+
+bool kodNode::hasLockedParent() const
+{
+    const koSceneStore* store = koSceneStore::the();
+    const koNodeRecord* node = recordOf(*this);
+    for (node = node ? store->node(node->parent) : nullptr; node; node = store->node(node->parent)) {
+        if (node->userLocked)
+            return true;
+    }
+    return false;
+}
+
+bool kodNode::isLocked() const
+{
+    return getUserLocked() || hasLockedParent();
+}
+
+bool kodNode::isSelectable() const
+{
+    return isValid();
+}
+
+bool kodNode::isUneditedAsset() const
+{
+    return false;
+}
+
+bool kodNode::isAsset() const
+{
+    return false;
+}
+
+QIcon kodNode::getIcon() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    if (!node)
+        return QIcon();
+    switch (node->type) {
+    case koNodeType::Reference:
+        return QIcon(QStringLiteral(":/kovis/icons/NodeReference.svg"));
+    case koNodeType::Geometry:
+        return QIcon(QStringLiteral(":/kovis/icons/NodeGeometry.svg"));
+    case koNodeType::Group:
+        break;
+    }
+    return QIcon(QStringLiteral(":/kovis/icons/NodeGroup.svg"));
+}
+
+bool kodNode::read(const QJsonObject& json)
+{
+    if (!isValid())
+        return false;
+    if (json.value(QLatin1String("name")).isString())
+        setName(json.value(QLatin1String("name")).toString());
+    if (json.value(QLatin1String("visible")).isBool())
+        setVisibilityFlag(json.value(QLatin1String("visible")).toBool());
+    if (json.value(QLatin1String("locked")).isBool())
+        setUserLocked(json.value(QLatin1String("locked")).toBool());
+    return true;
+}
+
+void kodNode::write(QJsonObject& json) const
+{
+    kodSceneObject::write(json);
+    json.insert(QStringLiteral("name"), getName());
+    json.insert(QStringLiteral("visible"), getVisibilityFlag());
+    json.insert(QStringLiteral("locked"), getUserLocked());
+}

@@ -52,6 +52,9 @@ void registerMetaTypes()
     qRegisterMetaType<QList<kodReferenceNode>>("QList<kodReferenceNode>");
     qRegisterMetaType<koReferenceTypes::FileState>("koReferenceTypes::FileState");
     qRegisterMetaType<koReferenceTypes::State>("koReferenceTypes::State");
+    // Item models hand nodes out as kodNode; callers ask for the reference handle.
+    QMetaType::registerConverter<kodNode, kodReferenceNode>(
+        [](const kodNode& node) { return kodReferenceNode(node.getObjectId()); });
 }
 
 void announceSceneSelection()

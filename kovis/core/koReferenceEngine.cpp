@@ -424,8 +424,7 @@ bool koReferenceEngine::saveAs(quint64 id, const QString& path, bool withSubRefe
 bool koReferenceEngine::writeFile(quint64 id, const QString& path)
 {
     const bool geometry = koSceneLoader::isGeometryFile(path);
-    koSceneNodeDesc content = describeNode(*m_store->node(id), geometry);
-    content.type = koNodeType::Group;
+    const koSceneNodeDesc content = describeContent(id, geometry);
     const QByteArray data = geometry ? koOsbFile::serialize(content)
                                      : koProjectFile::serialize(content, QFileInfo(path).absolutePath());
     QSaveFile file(path);
@@ -736,10 +735,16 @@ void koReferenceEngine::replaceContent(quint64 id, const QVector<koSceneNodeDesc
     }
 }
 
-koSceneNodeDesc koReferenceEngine::describe(quint64 id) const
+koSceneNodeDesc koReferenceEngine::describeContent(quint64 id, bool inlineReferences) const
 {
+    koSceneNodeDesc content;
     const koNodeRecord* node = m_store->node(id);
-    return node ? describeNode(*node, false) : koSceneNodeDesc();
+    if (!node)
+        return content;
+    content.name = node->name;
+    for (quint64 child : node->children)
+        content.children.append(describeNode(*m_store->node(child), inlineReferences));
+    return content;
 }
 
 koSceneNodeDesc koReferenceEngine::describeNode(const koNodeRecord& node, bool inlineReferences) const

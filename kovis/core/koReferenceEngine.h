@@ -81,8 +81,8 @@ public:
     QVector<quint64> cloneNodes(const QVector<quint64>& ids);
     void moveNode(quint64 id, quint64 newParent);
 
-    // The node's content as a file stores it.
-    koSceneNodeDesc describe(quint64 id) const;
+    // The node's content as its file stores it: a group named after the node.
+    koSceneNodeDesc describeContent(quint64 id, bool inlineReferences = false) const;
 
     // Every linked file with the share keys of the references that link to it.
     QHash<QString, QVector<quint64>> linkedFiles() const;

@@ -357,9 +357,10 @@ bool koReferenceEngine::importSource(quint64 id)
     m_cache.refresh(links.sourcePath);
     links.loaded = true;
     links.sourceImportDate = qMax(QDateTime::currentDateTimeUtc(), m_cache.lookup(links.sourcePath).modified);
+    updateLinks(id, links, false);
     // Content converted from the source differs from the smart file until it is saved.
-    const quint64 shareKey = shareKeyOf(id);
-    m_store->setContent(shareKey, links, links.hasSmart ? shareKey : 0);
+    if (links.hasSmart)
+        m_store->markChanged(shareKeyOf(id));
     return true;
 }
 

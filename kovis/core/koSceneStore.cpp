@@ -251,6 +251,13 @@ void koSceneStore::setContent(quint64 shareKey, const koReferenceContent& conten
            [this, shareKey, content, markKey] { setContentRaw(shareKey, content, markKey, 1); });
 }
 
+void koSceneStore::markChanged(quint64 shareKey)
+{
+    addChange(shareKey, 1);
+    record(QCoreApplication::translate("koSceneStore", "Change Reference"), [this, shareKey] { addChange(shareKey, -1); },
+           [this, shareKey] { addChange(shareKey, 1); });
+}
+
 void koSceneStore::markSaved(quint64 shareKey)
 {
     if (!isChanged(shareKey))

@@ -65,6 +65,8 @@ public:
     // Session state of files (stamps, unsaved) is set with undoable false: undo must
     // not take back what happened on disk.
     void setContent(quint64 shareKey, const koReferenceContent& content, quint64 markKey, bool undoable = true);
+    // The reference's content differs from its file though no node of it changed.
+    void markChanged(quint64 shareKey);
     // The reference's content now matches its file.
     void markSaved(quint64 shareKey);
 

@@ -1,14 +1,16 @@
 #include "koTestHost.h"
 
+#include "koReferenceEngine.h"
+
 #include <kovis/koFileIOService.h>
 #include <kovis/koHost.h>
 #include <kovis/koKernelServiceFactory.h>
-#include <kovis/koUndoStack.h>
+#include <kovis/koLogService.h>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QtTest>
+#include <QJsonDocument>
 
 namespace {
 
@@ -18,18 +20,24 @@ QString settingsFile()
     return settingsDir.filePath(QStringLiteral("kovis.ini"));
 }
 
+void resetScene()
+{
+    koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->newProject();
+    koKernelServiceFactory::the()->getServiceOrNull<koLogService>()->clear();
+}
+
 } // namespace
 
 koTestHost::koTestHost()
 {
     if (!koHost::isInitialized())
         koHost::initialize(settingsFile());
-    koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->newProject();
+    resetScene();
 }
 
 koTestHost::~koTestHost()
 {
-    koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->newProject();
+    resetScene();
 }
 
 QString koTestHost::path(const QString& relative) const
@@ -47,9 +55,75 @@ QString koTestHost::writeFile(const QString& relative, const QByteArray& content
     return target;
 }
 
+QString koTestHost::writeProject(const QString& relative, const QJsonArray& nodes, const QString& name) const
+{
+    QJsonObject document;
+    document.insert(QStringLiteral("format"), QStringLiteral("kovis-project"));
+    document.insert(QStringLiteral("version"), 1);
+    document.insert(QStringLiteral("root"), group(name.isEmpty() ? QFileInfo(relative).completeBaseName() : name, nodes));
+    return writeFile(relative, QJsonDocument(document).toJson());
+}
+
 void koTestHost::setModified(const QString& path, const QDateTime& time)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite) || !file.setFileTime(time, QFileDevice::FileModificationTime))
         qFatal("cannot set the time of %s", qPrintable(path));
+}
+
+QJsonObject koTestHost::group(const QString& name, const QJsonArray& children)
+{
+    return {{QStringLiteral("type"), QStringLiteral("group")}, {QStringLiteral("name"), name},
+            {QStringLiteral("children"), children}};
+}
+
+QJsonObject koTestHost::geometry(const QString& name)
+{
+    return {{QStringLiteral("type"), QStringLiteral("geometry")}, {QStringLiteral("name"), name}};
+}
+
+QJsonObject koTestHost::reference(const QString& name, const QString& smart, const QString& source,
+                                  const QJsonObject& extra)
+{
+    QJsonObject node = extra;
+    node.insert(QStringLiteral("type"), QStringLiteral("reference"));
+    node.insert(QStringLiteral("name"), name);
+    if (!smart.isNull())
+        node.insert(QStringLiteral("smart"), smart);
+    if (!source.isNull())
+        node.insert(QStringLiteral("source"), source);
+    return node;
+}
+
+namespace {
+
+QJsonObject dumpNode(const koSceneStore& store, quint64 id)
+{
+    const koNodeRecord* node = store.node(id);
+    QJsonObject object{{QStringLiteral("id"), QString::number(node->id)},
+                       {QStringLiteral("type"), int(node->type)},
+                       {QStringLiteral("name"), node->name},
+                       {QStringLiteral("visible"), node->visible},
+                       {QStringLiteral("locked"), node->userLocked},
+                       {QStringLiteral("shareKey"), QString::number(node->shareKey)}};
+    if (const koReferenceContent* content = store.contentOfNode(id)) {
+        object.insert(QStringLiteral("smart"), content->hasSmart ? content->smartPath : QStringLiteral("-"));
+        object.insert(QStringLiteral("source"), content->hasSource ? content->sourcePath : QStringLiteral("-"));
+        object.insert(QStringLiteral("loaded"), content->loaded);
+        object.insert(QStringLiteral("unsaved"), content->smartUnsaved);
+        object.insert(QStringLiteral("changed"), store.isChanged(node->shareKey));
+    }
+    QJsonArray children;
+    for (quint64 child : node->children)
+        children.append(dumpNode(store, child));
+    object.insert(QStringLiteral("children"), children);
+    return object;
+}
+
+} // namespace
+
+QByteArray koTestHost::sceneSnapshot()
+{
+    const koSceneStore& store = *koHost::engine()->store();
+    return QJsonDocument(dumpNode(store, store.rootId())).toJson(QJsonDocument::Compact);
 }

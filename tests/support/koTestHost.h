@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QDateTime>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -14,8 +16,19 @@ public:
 
     QString path(const QString& relative) const;
     QString writeFile(const QString& relative, const QByteArray& content) const;
+    // Writes a project file whose root group holds the nodes.
+    QString writeProject(const QString& relative, const QJsonArray& nodes, const QString& name = QString()) const;
     // Sets the file's modification time (and with it what the host sees on disk).
     static void setModified(const QString& path, const QDateTime& time);
+
+    // Node objects of a project file.
+    static QJsonObject group(const QString& name, const QJsonArray& children = {});
+    static QJsonObject geometry(const QString& name);
+    static QJsonObject reference(const QString& name, const QString& smart, const QString& source,
+                                 const QJsonObject& extra = {});
+
+    // The scene as the project file would store it, to compare scenes.
+    static QByteArray sceneSnapshot();
 
 private:
     QTemporaryDir m_dir;

@@ -1,0 +1,194 @@
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koReferenceService.h>
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QtTest>
+
+using koReferenceTypes::FileState;
+
+Q_DECLARE_METATYPE(koReferenceTypes::FileState)
+
+class tst_koFileStates : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void states_data();
+    void states();
+    void queriesReadTheCacheUntilFilesAreChecked();
+    void monitoringAnnouncesEachChangeOnce();
+    void monitoringRunsAtItsInterval();
+    void ownerAndDatesComeFromTheDisk();
+
+private:
+    kodReferenceNode loadSingleReference(const QJsonObject& reference);
+
+    koTestHost m_host;
+};
+
+namespace {
+
+koReferenceService* references()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+}
+
+const QDateTime past(QDate(2020, 1, 1), QTime(12, 0), Qt::UTC);
+
+} // namespace
+
+kodReferenceNode tst_koFileStates::loadSingleReference(const QJsonObject& reference)
+{
+    const QString project = m_host.writeProject(QStringLiteral("project.kpr"), {reference});
+    if (!koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project))
+        return kodReferenceNode();
+    const QList<kodReferenceNode> all = references()->getSceneReferences();
+    return all.size() == 2 ? all.at(1) : kodReferenceNode();
+}
+
+void tst_koFileStates::states_data()
+{
+    QTest::addColumn<QString>("setup");
+    QTest::addColumn<FileState>("smartState");
+    QTest::addColumn<FileState>("sourceState");
+
+    QTest::newRow("both files present") << "present" << koReferenceTypes::UpToDate << koReferenceTypes::UpToDate;
+    QTest::newRow("smart file absent") << "smart absent" << koReferenceTypes::Missing << koReferenceTypes::UpToDate;
+    QTest::newRow("source file absent") << "source absent" << koReferenceTypes::UpToDate << koReferenceTypes::Missing;
+    QTest::newRow("smart file corrupt") << "smart corrupt" << koReferenceTypes::Missing << koReferenceTypes::UpToDate;
+    QTest::newRow("smart file written after loading")
+        << "smart touched" << koReferenceTypes::OutOfDate << koReferenceTypes::UpToDate;
+    QTest::newRow("unloaded smart file written later")
+        << "unloaded smart touched" << koReferenceTypes::UpToDate << koReferenceTypes::UpToDate;
+    QTest::newRow("source newer than its import")
+        << "source newer" << koReferenceTypes::UpToDate << koReferenceTypes::OutOfDate;
+    QTest::newRow("source older than its import")
+        << "source older" << koReferenceTypes::UpToDate << koReferenceTypes::UpToDate;
+    QTest::newRow("smart link created in the session")
+        << "converted" << koReferenceTypes::Unsaved << koReferenceTypes::UpToDate;
+    QTest::newRow("unsaved smart link given an existing file")
+        << "converted with path" << koReferenceTypes::Unsaved << koReferenceTypes::UpToDate;
+    QTest::newRow("no links") << "no links" << koReferenceTypes::NoFile << koReferenceTypes::NoFile;
+}
+
+void tst_koFileStates::states()
+{
+    QFETCH(QString, setup);
+    QFETCH(FileState, smartState);
+    QFETCH(FileState, sourceState);
+
+    const QString smartFile = m_host.writeProject(QStringLiteral("parts/part.kpr"), {koTestHost::geometry("Body")});
+    const QString sourceFile = m_host.writeFile(QStringLiteral("parts/part.obj"), "o Body\nv 0 0 0\nf 1 1 1\n");
+    koTestHost::setModified(smartFile, past);
+    koTestHost::setModified(sourceFile, past);
+    if (setup == "smart absent")
+        QFile::remove(smartFile);
+    if (setup == "source absent")
+        QFile::remove(sourceFile);
+    if (setup == "smart corrupt")
+        m_host.writeFile(QStringLiteral("parts/part.kpr"), "{\"format\": \"kovis-pro");
+
+    QJsonObject extra;
+    if (setup == "unloaded smart touched")
+        extra.insert(QStringLiteral("loaded"), false);
+    if (setup == "source newer")
+        extra.insert(QStringLiteral("sourceImported"), past.addDays(-1).toString(Qt::ISODate));
+    if (setup == "source older")
+        extra.insert(QStringLiteral("sourceImported"), past.addDays(1).toString(Qt::ISODate));
+    const bool withSmart = setup != "converted" && setup != "converted with path" && setup != "no links";
+    const QJsonObject node = koTestHost::reference(QStringLiteral("Part"),
+                                                   withSmart ? QStringLiteral("parts/part.kpr") : QString(),
+                                                   setup == "no links" ? QString() : QStringLiteral("parts/part.obj"),
+                                                   extra);
+    kodReferenceNode reference = loadSingleReference(node);
+    QVERIFY(reference.isValid());
+
+    if (setup == "smart touched" || setup == "unloaded smart touched") {
+        koTestHost::setModified(smartFile, past.addSecs(60));
+        references()->checkFiles();
+    }
+    if (setup.startsWith("converted"))
+        references()->convertToSmartReference(reference);
+    if (setup == "converted with path")
+        reference.setSmartPath(smartFile);
+
+    QCOMPARE(reference.getSmartFileState(), smartState);
+    QCOMPARE(reference.getSourceFileState(), sourceState);
+}
+
+void tst_koFileStates::queriesReadTheCacheUntilFilesAreChecked()
+{
+    const QString smartFile = m_host.writeProject(QStringLiteral("part.kpr"), {});
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    QCOMPARE(reference.getSmartFileState(), koReferenceTypes::UpToDate);
+
+    QVERIFY(QFile::remove(smartFile));
+    QCOMPARE(reference.getSmartFileState(), koReferenceTypes::UpToDate);
+    references()->checkFiles();
+    QCOMPARE(reference.getSmartFileState(), koReferenceTypes::Missing);
+}
+
+void tst_koFileStates::monitoringAnnouncesEachChangeOnce()
+{
+    const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
+    m_host.writeFile(QStringLiteral("b.obj"), "v 0 0 0\n");
+    koTestHost::setModified(sourceFile, past);
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::reference("A", QString(), "a.obj"), koTestHost::reference("B", QString(), "b.obj")});
+    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project));
+    QSignalSpy changed(references(), &koReferenceService::referencesChanged);
+
+    references()->checkFiles();
+    QCOMPARE(changed.count(), 0);
+
+    koTestHost::setModified(sourceFile, past.addSecs(10));
+    references()->checkFiles();
+    references()->checkFiles();
+    QCOMPARE(changed.count(), 1);
+    const auto announced = changed.at(0).at(0).value<QList<kodReferenceNode>>();
+    QCOMPARE(announced.size(), 1);
+    QCOMPARE(announced.first().getName(), QStringLiteral("A"));
+    QCOMPARE(announced.first().getSourceFileState(), koReferenceTypes::OutOfDate);
+}
+
+void tst_koFileStates::monitoringRunsAtItsInterval()
+{
+    const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
+    QSignalSpy monitoring(references(), &koReferenceService::updateMonitoringChanged);
+    QSignalSpy changed(references(), &koReferenceService::referencesChanged);
+
+    references()->setChangeMonitoringEnabled(false);
+    references()->setUpdateMonitoringInterval(10);
+    QCOMPARE(monitoring.count(), 1);
+    QCOMPARE(monitoring.at(0).at(0).toBool(), false);
+    QFile::remove(sourceFile);
+    QTest::qWait(50);
+    QCOMPARE(changed.count(), 0);
+
+    references()->setChangeMonitoringEnabled(true);
+    QTRY_COMPARE(changed.count(), 1);
+    QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
+    references()->loadPreferences();
+}
+
+void tst_koFileStates::ownerAndDatesComeFromTheDisk()
+{
+    const QString smartFile = m_host.writeProject(QStringLiteral("part.kpr"), {});
+    koTestHost::setModified(smartFile, past);
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+
+    QCOMPARE(reference.getSmartLastModified(), past);
+    QCOMPARE(reference.getSmartOwner(), QFileInfo(smartFile).owner());
+    QVERIFY(reference.getSmartCreationDate().isValid());
+    QVERIFY(reference.getSourceLastModified().isNull());
+    QVERIFY(reference.getSourceOwner().isEmpty());
+}
+
+QTEST_MAIN(tst_koFileStates)
+#include "tst_kofilestates.moc"

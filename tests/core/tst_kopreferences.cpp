@@ -1,0 +1,95 @@
+#include "koTestHost.h"
+
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koPreferencesService.h>
+#include <kovis/koReferenceService.h>
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class tst_koPreferences : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void valuesPersistAcrossSessions();
+    void changeTracking_data();
+    void changeTracking();
+    void appliedCategoryReachesTheReferenceService();
+
+private:
+    koTestHost m_host;
+};
+
+void tst_koPreferences::valuesPersistAcrossSessions()
+{
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("prefs.ini"));
+    {
+        koPreferencesService preferences(file);
+        preferences.setBoolValue(QStringLiteral("Reference Change Monitoring Enabled"), false, true);
+        preferences.setIntValue(QStringLiteral("Reference Update Monitoring Interval"), 42, true);
+        preferences.setStringValue(QStringLiteral("Reference Smart Reference Store Location"), QStringLiteral("/a b/ü"), true);
+    }
+    koPreferencesService reopened(file);
+    QCOMPARE(reopened.getBoolValue(QStringLiteral("Reference Change Monitoring Enabled"), true), false);
+    QCOMPARE(reopened.getIntValue(QStringLiteral("Reference Update Monitoring Interval"), 5), 42);
+    QCOMPARE(reopened.getStringValue(QStringLiteral("Reference Smart Reference Store Location"), QString()),
+             QStringLiteral("/a b/ü"));
+    QCOMPARE(reopened.getIntValue(QStringLiteral("absent"), 7), 7);
+    QVERIFY(!reopened.isChanged(QStringLiteral("Reference Update Monitoring Interval")));
+}
+
+void tst_koPreferences::changeTracking_data()
+{
+    QTest::addColumn<int>("stored");
+    QTest::addColumn<int>("written");
+    QTest::addColumn<bool>("flag");
+    QTest::addColumn<bool>("changed");
+
+    QTest::newRow("new value with flag") << 5 << 7 << true << true;
+    QTest::newRow("same value with flag") << 5 << 5 << true << false;
+    QTest::newRow("new value without flag") << 5 << 7 << false << false;
+}
+
+void tst_koPreferences::changeTracking()
+{
+    QFETCH(int, stored);
+    QFETCH(int, written);
+    QFETCH(bool, flag);
+    QFETCH(bool, changed);
+
+    QTemporaryDir folder;
+    koPreferencesService preferences(folder.filePath(QStringLiteral("prefs.ini")));
+    preferences.setIntValue(QStringLiteral("key"), stored, false);
+    preferences.setIntValue(QStringLiteral("key"), written, flag);
+    QCOMPARE(preferences.isChanged(QStringLiteral("key")), changed);
+    QCOMPARE(preferences.getIntValue(QStringLiteral("key"), -1), written);
+    preferences.clearChanged(QStringLiteral("key"));
+    QVERIFY(!preferences.isChanged(QStringLiteral("key")));
+}
+
+void tst_koPreferences::appliedCategoryReachesTheReferenceService()
+{
+    auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+    auto* references = koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+    QSignalSpy applied(preferences, &koPreferencesService::categoryApplied);
+    preferences->setIntValue(QStringLiteral("Reference Update Monitoring Interval"), 7, true);
+    preferences->setBoolValue(QStringLiteral("Reference Show Convert to Smart Warning Enabled"), false, true);
+    QCOMPARE(references->getUpdateMonitoringInterval(), 5000);
+
+    preferences->notifyCategoryApplied(QStringLiteral("Other"));
+    QCOMPARE(references->getUpdateMonitoringInterval(), 5000);
+    preferences->notifyCategoryApplied(QStringLiteral("References"));
+    QCOMPARE(applied.count(), 2);
+    QCOMPARE(references->getUpdateMonitoringInterval(), 7000);
+    QVERIFY(!references->showConvertToSmartWarning());
+
+    preferences->setIntValue(QStringLiteral("Reference Update Monitoring Interval"), 5, true);
+    preferences->setBoolValue(QStringLiteral("Reference Show Convert to Smart Warning Enabled"), true, true);
+    preferences->notifyCategoryApplied(QStringLiteral("References"));
+}
+
+QTEST_MAIN(tst_koPreferences)
+#include "tst_kopreferences.moc"

@@ -1,0 +1,251 @@
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koLogService.h>
+#include <kovis/koReferenceService.h>
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QtTest>
+
+class tst_koProjectFile : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void badProjectLoadsNothing_data();
+    void badProjectLoadsNothing();
+    void referenceIncludingItselfStaysUnloaded_data();
+    void referenceIncludingItselfStaysUnloaded();
+    void movedProjectFolderKeepsItsLinks();
+    void pathsOutsideTheFolderStayAbsolute();
+    void savedProjectLoadsIntoTheSameScene();
+    void failedSaveKeepsFileAndScene();
+    void saveLeavesNoTemporaryFiles();
+
+private:
+    koTestHost m_host;
+};
+
+namespace {
+
+koFileIOService* fileIO()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
+}
+
+koReferenceService* references()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+}
+
+QString lastLogMessage()
+{
+    const auto entries = koKernelServiceFactory::the()->getServiceOrNull<koLogService>()->entries();
+    return entries.isEmpty() ? QString() : entries.last().message;
+}
+
+QByteArray project(const QByteArray& root)
+{
+    return "{\"format\": \"kovis-project\", \"version\": 1, \"root\": " + root + "}";
+}
+
+QByteArray nested(int depth)
+{
+    QByteArray node = "{\"type\": \"group\", \"name\": \"leaf\"}";
+    for (int i = 0; i < depth; ++i)
+        node = "{\"type\": \"group\", \"name\": \"n\", \"children\": [" + node + "]}";
+    return node;
+}
+
+QByteArray referenceTo(const QByteArray& name, const QByteArray& smart)
+{
+    return project("{\"type\": \"group\", \"name\": \"" + name + "\", \"children\": [{\"type\": \"reference\", "
+                   "\"name\": \"" + name + " ref\", \"smart\": \"" + smart + "\"}]}");
+}
+
+// Ids differ from one load to the next; the rest of the scene must not.
+QString sceneWithoutIds()
+{
+    static const QRegularExpression ids(QStringLiteral("\"(id|shareKey)\":\"\\d+\",?"));
+    return QString::fromUtf8(koTestHost::sceneSnapshot()).remove(ids);
+}
+
+QStringList filesIn(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::Files, QDir::Name);
+}
+
+} // namespace
+
+void tst_koProjectFile::badProjectLoadsNothing_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("empty file") << QByteArray() << "illegal value";
+    QTest::newRow("truncated") << project("{\"type\": \"group\", \"na") << "offset";
+    QTest::newRow("not a project") << QByteArray("{\"format\": \"something\", \"root\": {}}") << "not a Kovis project";
+    QTest::newRow("no version") << QByteArray("{\"format\": \"kovis-project\"}") << "no valid format version";
+    QTest::newRow("newer version") << QByteArray("{\"format\": \"kovis-project\", \"version\": 7, \"root\": {}}")
+                                   << "newer version";
+    QTest::newRow("root not a node") << project("[1, 2]") << "must be an object";
+    QTest::newRow("root is a reference") << project("{\"type\": \"reference\", \"name\": \"r\"}") << "root node must be a group";
+    QTest::newRow("name is a number") << project("{\"type\": \"group\", \"name\": 12}") << "\"name\" must be a text";
+    QTest::newRow("name missing") << project("{\"type\": \"group\"}") << "\"name\" is missing";
+    QTest::newRow("unknown node type")
+        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"camera\", \"name\": \"c\"}]}")
+        << "unknown node type \"camera\"";
+    QTest::newRow("children not a list") << project("{\"type\": \"group\", \"name\": \"r\", \"children\": {}}")
+                                         << "\"children\" must be a list";
+    QTest::newRow("visible as text") << project("{\"type\": \"group\", \"name\": \"r\", \"visible\": \"no\"}")
+                                     << "\"visible\" must be true or false";
+    QTest::newRow("short transform") << project("{\"type\": \"group\", \"name\": \"r\", \"transform\": [1, 2, 3]}")
+                                     << "16 numbers";
+    QTest::newRow("negative vertex count")
+        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"geometry\", \"name\": \"g\", "
+                   "\"vertices\": -4}]}")
+        << "\"vertices\" must be a whole number";
+    QTest::newRow("smart path as number")
+        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"reference\", \"name\": \"x\", "
+                   "\"smart\": 42}]}")
+        << "\"smart\" must be a text";
+    QTest::newRow("bad import date")
+        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"reference\", \"name\": \"x\", "
+                   "\"sourceImported\": \"yesterday\"}]}")
+        << "\"sourceImported\" must be a date";
+    QTest::newRow("huge name") << project("{\"type\": \"group\", \"name\": \"" + QByteArray(100000, 'x') + "\"}")
+                               << "longer than 4096 characters";
+    QTest::newRow("deep nesting") << project(nested(300)) << "nested more than 256 levels deep";
+    QTest::newRow("deeper than the JSON parser allows") << project(QByteArray(5000, '[') + QByteArray(5000, ']'))
+                                                        << "offset";
+}
+
+void tst_koProjectFile::badProjectLoadsNothing()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, message);
+
+    const QString good = m_host.writeProject(QStringLiteral("good.kpr"), {koTestHost::group("Kept")});
+    QVERIFY(fileIO()->loadProject(good));
+    const QByteArray before = koTestHost::sceneSnapshot();
+
+    const QString bad = m_host.writeFile(QStringLiteral("bad.kpr"), content);
+    QVERIFY(!fileIO()->loadProject(bad));
+    QCOMPARE(koTestHost::sceneSnapshot(), before);
+    QCOMPARE(fileIO()->getProjectPath(), good);
+    QVERIFY2(lastLogMessage().contains(message), qPrintable(lastLogMessage()));
+    QVERIFY(lastLogMessage().contains(QDir::toNativeSeparators(bad)));
+}
+
+void tst_koProjectFile::referenceIncludingItselfStaysUnloaded_data()
+{
+    QTest::addColumn<bool>("throughAnother");
+    QTest::newRow("directly") << false;
+    QTest::newRow("through another file") << true;
+}
+
+void tst_koProjectFile::referenceIncludingItselfStaysUnloaded()
+{
+    QFETCH(bool, throughAnother);
+
+    const QString main = m_host.writeFile(QStringLiteral("main.kpr"), referenceTo("main", throughAnother ? "other.kpr" : "main.kpr"));
+    m_host.writeFile(QStringLiteral("other.kpr"), referenceTo("other", "main.kpr"));
+
+    QVERIFY(fileIO()->loadProject(main));
+    const QList<kodReferenceNode> all = references()->getSceneReferences();
+    const kodReferenceNode& cyclic = all.last();
+    QCOMPARE(all.size(), throughAnother ? 3 : 2);
+    QVERIFY(!cyclic.isLoaded());
+    QCOMPARE(cyclic.getChildCount(), 0u);
+    QVERIFY2(lastLogMessage().contains("includes itself"), qPrintable(lastLogMessage()));
+}
+
+void tst_koProjectFile::movedProjectFolderKeepsItsLinks()
+{
+    m_host.writeFile(QStringLiteral("project/parts/wheel.obj"), "o Wheel\nv 0 0 0\nf 1 1 1\n");
+    m_host.writeProject(QStringLiteral("project/parts/wheel.kpr"), {koTestHost::geometry("Rim")});
+    const QString main = m_host.writeProject(
+        QStringLiteral("project/main.kpr"), {koTestHost::reference("Wheel", "parts/wheel.kpr", "parts/wheel.obj")});
+    QVERIFY(fileIO()->loadProject(main));
+    QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("project/saved.kpr"))));
+
+    QVERIFY(QDir().rename(m_host.path(QStringLiteral("project")), m_host.path(QStringLiteral("moved"))));
+    QVERIFY(fileIO()->loadProject(m_host.path(QStringLiteral("moved/saved.kpr"))));
+
+    const kodReferenceNode wheel = references()->getSceneReferences().at(1);
+    QCOMPARE(wheel.getSmartPath(), m_host.path(QStringLiteral("moved/parts/wheel.kpr")));
+    QCOMPARE(wheel.getSourcePath(), m_host.path(QStringLiteral("moved/parts/wheel.obj")));
+    QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::UpToDate);
+    QCOMPARE(wheel.getChild(0).getName(), QStringLiteral("Rim"));
+}
+
+void tst_koProjectFile::pathsOutsideTheFolderStayAbsolute()
+{
+    const QString outside = m_host.writeFile(QStringLiteral("library/bolt.obj"), "v 0 0 0\n");
+    const QString main = m_host.writeProject(QStringLiteral("project/main.kpr"),
+                                             {koTestHost::reference("Bolt", QString(), outside)});
+    QVERIFY(fileIO()->loadProject(main));
+    QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("project/copy.kpr"))));
+
+    QFile saved(m_host.path(QStringLiteral("project/copy.kpr")));
+    QVERIFY(saved.open(QIODevice::ReadOnly));
+    const QJsonObject bolt = QJsonDocument::fromJson(saved.readAll())["root"]["children"][0].toObject();
+    QCOMPARE(bolt["source"].toString(), outside);
+}
+
+void tst_koProjectFile::savedProjectLoadsIntoTheSameScene()
+{
+    m_host.writeFile(QStringLiteral("a.obj"), "o A\ng Top\nv 0 0 0\nf 1 1 1\ng Bottom\nf 1 1 1\n");
+    QJsonObject transformed = koTestHost::group("Moved", {koTestHost::geometry("Inner")});
+    transformed.insert(QStringLiteral("transform"), QJsonArray{1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    transformed.insert(QStringLiteral("locked"), true);
+    QJsonObject hidden = koTestHost::reference("Hidden", QString(), "a.obj");
+    hidden.insert(QStringLiteral("visible"), false);
+    const QString main = m_host.writeProject(QStringLiteral("main.kpr"),
+                                             {transformed, hidden, koTestHost::reference("Unloaded", QString(), "a.obj",
+                                                                                         {{"loaded", false}})});
+    QVERIFY(fileIO()->loadProject(main));
+    const QList<kodNode> top = references()->getSceneReferences().first().getChildren();
+    QCOMPARE(top.first().getWorldTransform().column(3).x(), 5.0f);
+
+    QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("copy.kpr"))));
+    const QString before = sceneWithoutIds();
+    QVERIFY(fileIO()->loadProject(m_host.path(QStringLiteral("copy.kpr"))));
+    QCOMPARE(sceneWithoutIds(), before);
+}
+
+void tst_koProjectFile::failedSaveKeepsFileAndScene()
+{
+    const QString main = m_host.writeProject(QStringLiteral("main.kpr"), {koTestHost::group("A")});
+    QVERIFY(fileIO()->loadProject(main));
+    references()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
+    const QByteArray scene = koTestHost::sceneSnapshot();
+    QFile original(main);
+    QVERIFY(original.open(QIODevice::ReadOnly));
+    const QByteArray onDisk = original.readAll();
+
+    // A folder below a regular file cannot be written, not even by root.
+    QVERIFY(!fileIO()->saveProject(main + QStringLiteral("/inside.kpr")));
+    QVERIFY(lastLogMessage().contains(QStringLiteral("could not be written")));
+    QCOMPARE(koTestHost::sceneSnapshot(), scene);
+    QCOMPARE(fileIO()->getProjectPath(), main);
+    QVERIFY(original.seek(0));
+    QCOMPARE(original.readAll(), onDisk);
+}
+
+void tst_koProjectFile::saveLeavesNoTemporaryFiles()
+{
+    const QString main = m_host.writeProject(QStringLiteral("folder/main.kpr"), {koTestHost::group("A")});
+    QVERIFY(fileIO()->loadProject(main));
+    references()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
+    QVERIFY(fileIO()->saveProject());
+    QCOMPARE(filesIn(m_host.path(QStringLiteral("folder"))), QStringList{QStringLiteral("main.kpr")});
+
+    QVERIFY(fileIO()->loadProject(main));
+    QCOMPARE(references()->getSceneReferences().first().getChild(0).getName(), QStringLiteral("B"));
+}
+
+QTEST_MAIN(tst_koProjectFile)
+#include "tst_koprojectfile.moc"

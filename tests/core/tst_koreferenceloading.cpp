@@ -1,0 +1,297 @@
+#include "koOsbFile.h"
+#include "koTestHost.h"
+
+#include "koReferenceEngine.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koHost.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koReferenceService.h>
+#include <kovis/koTreeService.h>
+
+#include <QtTest>
+
+class tst_koReferenceLoading : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void subReferenceLoadModes_data();
+    void subReferenceLoadModes();
+    void objStructure_data();
+    void objStructure();
+    void unknownSourceBecomesOneGeometryNode();
+    void geometryFileRoundTrip();
+    void hostileGeometryFileIsRefused_data();
+    void hostileGeometryFileIsRefused();
+    void unloadDropsContentAndChanges();
+    void loadPrefersTheSmartFile();
+    void sourceImportOnASmartReferenceIsAChange();
+    void clonesShareTheirReference();
+    void clonesSurviveSavingAndLoading();
+
+private:
+    kodReferenceNode loadSingleReference(const QJsonObject& reference);
+
+    koTestHost m_host;
+};
+
+namespace {
+
+koFileIOService* fileIO()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
+}
+
+koReferenceService* references()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+}
+
+QString describeTree(const kodNode& node)
+{
+    QString text = node.getName();
+    if (node.getChildCount() > 0) {
+        QStringList children;
+        for (const kodNode& child : node.getChildren())
+            children.append(describeTree(child));
+        text += QLatin1Char('(') + children.join(QLatin1Char(',')) + QLatin1Char(')');
+    }
+    return text;
+}
+
+QString loadStates()
+{
+    QStringList states;
+    for (const kodReferenceNode& reference : references()->getSceneReferences())
+        states.append(reference.getName() + (reference.isLoaded() ? QStringLiteral("+") : QStringLiteral("-")));
+    return states.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+kodReferenceNode tst_koReferenceLoading::loadSingleReference(const QJsonObject& reference)
+{
+    const QString project = m_host.writeProject(QStringLiteral("project.kpr"), {reference});
+    if (!fileIO()->loadProject(project))
+        return kodReferenceNode();
+    const QList<kodReferenceNode> all = references()->getSceneReferences();
+    return all.size() >= 2 ? all.at(1) : kodReferenceNode();
+}
+
+void tst_koReferenceLoading::subReferenceLoadModes_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("load scene references") << 0 << "main+ Assembly+ Leaf- Mid+ Deep+ Imported+";
+    QTest::newRow("always load") << 1 << "main+ Assembly+ Leaf+ Mid+ Deep+ Imported+";
+    QTest::newRow("never load") << 2 << "main+ Assembly- Imported-";
+    QTest::newRow("avoid leaf references") << 3 << "main+ Assembly+ Leaf- Mid+ Deep- Imported-";
+}
+
+void tst_koReferenceLoading::subReferenceLoadModes()
+{
+    QFETCH(int, mode);
+    QFETCH(QString, expected);
+
+    m_host.writeFile(QStringLiteral("part.obj"), "o Part\nv 0 0 0\nf 1 1 1\n");
+    m_host.writeProject(QStringLiteral("deep.kpr"), {koTestHost::geometry("Bolt")});
+    m_host.writeProject(QStringLiteral("mid.kpr"), {koTestHost::reference("Deep", "deep.kpr", QString())});
+    m_host.writeProject(QStringLiteral("leaf.kpr"), {koTestHost::geometry("Nut")});
+    m_host.writeProject(QStringLiteral("assembly.kpr"),
+                        {koTestHost::reference("Leaf", "leaf.kpr", QString(), {{"loaded", false}}),
+                         koTestHost::reference("Mid", "mid.kpr", QString())});
+    const QString main = m_host.writeProject(QStringLiteral("main.kpr"),
+                                             {koTestHost::reference("Assembly", "assembly.kpr", QString()),
+                                              koTestHost::reference("Imported", QString(), "part.obj")});
+
+    references()->setLoadSubReferencesMode(mode);
+    const bool loaded = fileIO()->loadProject(main);
+    references()->setLoadSubReferencesMode(0);
+    QVERIFY(loaded);
+    QCOMPARE(loadStates(), expected);
+}
+
+void tst_koReferenceLoading::objStructure_data()
+{
+    QTest::addColumn<QByteArray>("obj");
+    QTest::addColumn<QString>("tree");
+    QTest::addColumn<QString>("counts");
+
+    QTest::newRow("no objects or groups") << QByteArray("v 0 0 0\nv 1 0 0\nf 1 2 1\n") << "R(wheel)" << "2/1";
+    QTest::newRow("groups") << QByteArray("v 0 0 0\ng Rim\nf 1 1 1\nf 1 1 1\ng Tyre\nv 1 1 1\nf 1 1 1\n")
+                            << "R(Rim,Tyre)" << "1/2 1/1";
+    QTest::newRow("objects with groups")
+        << QByteArray("o Front\ng Rim\nf 1 1 1\no Back\nv 0 0 0\nf 1 1 1\n") << "R(Front(Rim),Back(Back))" << "0/1 1/1";
+    QTest::newRow("empty file") << QByteArray() << "R(wheel)" << "0/0";
+    QTest::newRow("comments and tabs") << QByteArray("# o Hidden\no\tHub\nv 0 0 0\nf 1 1 1\n") << "R(Hub(Hub))" << "1/1";
+}
+
+void tst_koReferenceLoading::objStructure()
+{
+    QFETCH(QByteArray, obj);
+    QFETCH(QString, tree);
+    QFETCH(QString, counts);
+
+    m_host.writeFile(QStringLiteral("wheel.obj"), obj);
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("R", QString(), "wheel.obj"));
+    QCOMPARE(describeTree(reference), tree);
+
+    QStringList geometry;
+    QList<kodNode> pending = reference.getChildren();
+    while (!pending.isEmpty()) {
+        const kodNode node = pending.takeFirst();
+        if (node.getChildCount() > 0) {
+            pending = node.getChildren() + pending;
+            continue;
+        }
+        const koNodeRecord* record = koHost::engine()->store()->node(node.getObjectId());
+        geometry.append(QStringLiteral("%1/%2").arg(record->vertexCount).arg(record->faceCount));
+    }
+    QCOMPARE(geometry.join(QLatin1Char(' ')), counts);
+}
+
+void tst_koReferenceLoading::unknownSourceBecomesOneGeometryNode()
+{
+    m_host.writeFile(QStringLiteral("engine_v2.CATProduct"), "binary stuff");
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Engine", QString(), "engine_v2.CATProduct"));
+    QCOMPARE(describeTree(reference), QStringLiteral("Engine(engine_v2)"));
+}
+
+void tst_koReferenceLoading::geometryFileRoundTrip()
+{
+    koSceneNodeDesc content;
+    content.name = QStringLiteral("Housing");
+    koSceneNodeDesc shell;
+    shell.type = koNodeType::Geometry;
+    shell.name = QStringLiteral("Shell");
+    shell.vertices = 8;
+    content.children = {shell};
+    m_host.writeFile(QStringLiteral("housing.osb"), koOsbFile::serialize(content));
+
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Housing", "housing.osb", QString()));
+    QCOMPARE(describeTree(reference), QStringLiteral("Housing(Shell)"));
+    reference.getChild(0).setName(QStringLiteral("Outer Shell"));
+    QVERIFY(reference.isChanged());
+    QVERIFY(reference.saveSmartReference());
+    QVERIFY(!reference.isChanged());
+
+    reference.unload();
+    reference.loadSmartReference();
+    QCOMPARE(describeTree(reference), QStringLiteral("Housing(Outer Shell)"));
+    QCOMPARE(koHost::engine()->store()->node(reference.getChild(0).getObjectId())->vertexCount, 8u);
+}
+
+void tst_koReferenceLoading::hostileGeometryFileIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("data");
+
+    koSceneNodeDesc content;
+    content.name = QStringLiteral("Housing");
+    const QByteArray valid = koOsbFile::serialize(content);
+    QByteArray hugeCount = valid;
+    hugeCount.replace(hugeCount.size() - 4, 4, QByteArray("\xff\xff\xff\xff", 4));
+
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("wrong magic") << QByteArray("KPR?") + valid.mid(4);
+    QTest::newRow("truncated") << valid.left(valid.size() - 3);
+    QTest::newRow("child count beyond the data") << hugeCount;
+    QTest::newRow("trailing data") << valid + "extra";
+}
+
+void tst_koReferenceLoading::hostileGeometryFileIsRefused()
+{
+    QFETCH(QByteArray, data);
+
+    m_host.writeFile(QStringLiteral("housing.osb"), data);
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Housing", "housing.osb", QString()));
+    QVERIFY(reference.isValid());
+    QVERIFY(!reference.isLoaded());
+    QCOMPARE(reference.getChildCount(), 0u);
+    QCOMPARE(reference.getSmartFileState(), koReferenceTypes::Missing);
+}
+
+void tst_koReferenceLoading::unloadDropsContentAndChanges()
+{
+    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    reference.getChild(0).setName(QStringLiteral("Edited"));
+    QVERIFY(reference.isChanged());
+    QVERIFY(references()->getSceneReferences().first().isSubReferenceChanged());
+
+    reference.unload();
+    QCOMPARE(reference.getState(), koReferenceTypes::Unloaded);
+    QCOMPARE(reference.getChildCount(), 0u);
+    QVERIFY(!reference.isSelfOrSubReferenceChanged());
+
+    reference.load();
+    QCOMPARE(describeTree(reference), QStringLiteral("Part(Body)"));
+}
+
+void tst_koReferenceLoading::loadPrefersTheSmartFile()
+{
+    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("FromSmart")});
+    m_host.writeFile(QStringLiteral("part.obj"), "o FromSource\nf 1 1 1\n");
+    kodReferenceNode reference = loadSingleReference(
+        koTestHost::reference("Part", "part.kpr", "part.obj", {{"loaded", false}}));
+    reference.load();
+    QCOMPARE(describeTree(reference), QStringLiteral("Part(FromSmart)"));
+    reference.loadSourceReference();
+    QCOMPARE(describeTree(reference), QStringLiteral("Part(FromSource(FromSource))"));
+}
+
+void tst_koReferenceLoading::sourceImportOnASmartReferenceIsAChange()
+{
+    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    m_host.writeFile(QStringLiteral("part.obj"), "o Body\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("other.obj"), "o Other\nf 1 1 1\n");
+    kodReferenceNode smart = loadSingleReference(koTestHost::reference("Part", "part.kpr", "part.obj"));
+    kodReferenceNode sourceOnly = references()->createReference(kodNode());
+    sourceOnly.setSourcePath(m_host.path(QStringLiteral("other.obj")));
+
+    const auto imported = references()->importSourceReferences({smart, sourceOnly});
+    QCOMPARE(imported.size(), 2);
+    QVERIFY(smart.isChanged());
+    QVERIFY(!sourceOnly.isChanged());
+    QCOMPARE(smart.getSmartFileState(), koReferenceTypes::UpToDate);
+    QVERIFY(sourceOnly.getSourceImportDate() >= QFileInfo(m_host.path(QStringLiteral("other.obj"))).lastModified());
+}
+
+void tst_koReferenceLoading::clonesShareTheirReference()
+{
+    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    kodReferenceNode original = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    const QList<kodNode> clones = koKernelServiceFactory::the()->getServiceOrNull<koTreeService>()->cloneNodes({original});
+    QCOMPARE(clones.size(), 1);
+    kodReferenceNode clone(clones.first().getObjectId());
+
+    QCOMPARE(original.getSharedNodes(), QList<kodNode>{clone});
+    QCOMPARE(clone.getSharedNodes(), QList<kodNode>{original});
+    QVERIFY(original.isShared());
+    QCOMPARE(clone.getSmartPath(), original.getSmartPath());
+
+    original.unload();
+    QVERIFY(!clone.isLoaded());
+    QCOMPARE(clone.getChildCount(), 0u);
+    clone.load();
+    QCOMPARE(describeTree(original), QStringLiteral("Part(Body)"));
+    QCOMPARE(describeTree(clone), QStringLiteral("Part(Body)"));
+}
+
+void tst_koReferenceLoading::clonesSurviveSavingAndLoading()
+{
+    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    kodReferenceNode original = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    koKernelServiceFactory::the()->getServiceOrNull<koTreeService>()->cloneNodes({original});
+    QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("saved.kpr"))));
+
+    QVERIFY(fileIO()->loadProject(m_host.path(QStringLiteral("saved.kpr"))));
+    const QList<kodReferenceNode> all = references()->getSceneReferences();
+    QCOMPARE(all.size(), 3);
+    QCOMPARE(all.at(1).getSharedNodes(), QList<kodNode>{all.at(2)});
+    QCOMPARE(describeTree(all.at(2)), QStringLiteral("Part(Body)"));
+}
+
+QTEST_MAIN(tst_koReferenceLoading)
+#include "tst_koreferenceloading.moc"

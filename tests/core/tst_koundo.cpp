@@ -1,0 +1,180 @@
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koNodeService.h>
+#include <kovis/koReferenceService.h>
+#include <kovis/koScopedMultiCommand.h>
+#include <kovis/koTreeService.h>
+#include <kovis/koUndoStack.h>
+
+#include <QtTest>
+
+#include <functional>
+
+using SceneOperation = std::function<void(const QList<kodReferenceNode>& references)>;
+Q_DECLARE_METATYPE(SceneOperation)
+
+class tst_koUndo : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void undoRedoRestoresTheScene_data();
+    void undoRedoRestoresTheScene();
+    void changesOutsideAScopeAreNotUndoable();
+    void emptyScopeLeavesNoStep();
+    void nestedScopesMakeOneStepNamedByTheFirstLabel();
+    void undoneRemovalRevivesHandles();
+
+private:
+    koTestHost m_host;
+};
+
+namespace {
+
+koReferenceService* references()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+}
+
+kodNode byName(const QString& name)
+{
+    QList<kodNode> pending{koKernelServiceFactory::the()->getServiceOrNull<koNodeService>()->getRootNode()};
+    while (!pending.isEmpty()) {
+        const kodNode node = pending.takeFirst();
+        if (node.getName() == name)
+            return node;
+        pending += node.getChildren();
+    }
+    return kodNode();
+}
+
+kodReferenceNode referenceNamed(const QString& name)
+{
+    return kodReferenceNode(byName(name).getObjectId());
+}
+
+} // namespace
+
+void tst_koUndo::init()
+{
+    m_host.writeFile(QStringLiteral("wheel.obj"), "o Wheel\ng Rim\nf 1 1 1\ng Tyre\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("other.obj"), "o Other\nf 1 1 1\n");
+    m_host.writeProject(QStringLiteral("wheel.kpr"), {koTestHost::geometry("Rim"), koTestHost::geometry("Tyre")});
+    const QString main = m_host.writeProject(
+        QStringLiteral("main.kpr"),
+        {koTestHost::group("Frame", {koTestHost::geometry("Beam")}),
+         koTestHost::reference("Wheel", "wheel.kpr", "wheel.obj"),
+         koTestHost::reference("Imported", QString(), "wheel.obj")});
+    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(main));
+}
+
+void tst_koUndo::undoRedoRestoresTheScene_data()
+{
+    QTest::addColumn<SceneOperation>("operation");
+
+    const QString other = m_host.path(QStringLiteral("other.obj"));
+    QTest::newRow("rename") << SceneOperation([](auto) { byName("Beam").setName(QStringLiteral("Girder")); });
+    QTest::newRow("hide") << SceneOperation([](auto) { byName("Frame").setVisibilityFlag(false); });
+    QTest::newRow("lock") << SceneOperation([](auto) { referenceNamed("Wheel").setUserLocked(true); });
+    QTest::newRow("create reference") << SceneOperation([](auto) { references()->createReference(byName("Frame")); });
+    QTest::newRow("remove reference") << SceneOperation([](auto) { references()->removeReference(referenceNamed("Wheel")); });
+    QTest::newRow("convert a group") << SceneOperation([](auto) { references()->convertToSmartReference(byName("Frame")); });
+    QTest::newRow("convert a reference")
+        << SceneOperation([](auto) { references()->convertToSmartReference(byName("Imported")); });
+    QTest::newRow("repath smart") << SceneOperation([other](auto) { referenceNamed("Wheel").setSmartPath(other); });
+    QTest::newRow("repath source") << SceneOperation([other](auto) { referenceNamed("Wheel").setSourcePath(other); });
+    QTest::newRow("delete smart link") << SceneOperation([](auto) { referenceNamed("Wheel").removeSmartReference(); });
+    QTest::newRow("delete source link") << SceneOperation([](auto) { referenceNamed("Wheel").removeSourceReference(); });
+    QTest::newRow("clone") << SceneOperation([](auto) {
+        koKernelServiceFactory::the()->getServiceOrNull<koTreeService>()->cloneNodes({byName("Wheel"), byName("Frame")});
+    });
+    QTest::newRow("move") << SceneOperation([](auto) { byName("Frame").addChild(byName("Imported")); });
+    QTest::newRow("clear children") << SceneOperation([](auto) { byName("Frame").clearChildren(); });
+    QTest::newRow("reimport source of a smart reference")
+        << SceneOperation([](auto) { references()->importSourceReferences({referenceNamed("Wheel")}); });
+    QTest::newRow("remove every reference") << SceneOperation([](const QList<kodReferenceNode>& all) {
+        for (const kodReferenceNode& reference : all)
+            references()->removeReference(reference);
+    });
+}
+
+void tst_koUndo::undoRedoRestoresTheScene()
+{
+    QFETCH(SceneOperation, operation);
+    koUndoStack* undo = koUndoStack::the();
+    const QByteArray before = koTestHost::sceneSnapshot();
+
+    {
+        koScopedMultiCommand step(koUndoString("tst_koUndo", QStringLiteral("Operation")), true);
+        operation(references()->getSceneReferences());
+    }
+    const QByteArray after = koTestHost::sceneSnapshot();
+    QVERIFY(after != before);
+    QCOMPARE(undo->count(), 1);
+    QCOMPARE(undo->undoText(), QStringLiteral("Operation"));
+
+    undo->undo();
+    QCOMPARE(koTestHost::sceneSnapshot(), before);
+    undo->redo();
+    QCOMPARE(koTestHost::sceneSnapshot(), after);
+    undo->undo();
+    QCOMPARE(koTestHost::sceneSnapshot(), before);
+}
+
+void tst_koUndo::changesOutsideAScopeAreNotUndoable()
+{
+    byName("Beam").setName(QStringLiteral("Girder"));
+    referenceNamed("Wheel").setSourcePath(m_host.path(QStringLiteral("other.obj")));
+    QCOMPARE(koUndoStack::the()->count(), 0);
+    QVERIFY(references()->getSceneReferences().first().isChanged());
+}
+
+void tst_koUndo::emptyScopeLeavesNoStep()
+{
+    {
+        koScopedMultiCommand step(koUndoString("tst_koUndo", QStringLiteral("Nothing")), true);
+        referenceNamed("Wheel").setSmartPath(referenceNamed("Wheel").getSmartPath());
+    }
+    QCOMPARE(koUndoStack::the()->count(), 0);
+}
+
+void tst_koUndo::nestedScopesMakeOneStepNamedByTheFirstLabel()
+{
+    {
+        koScopedUndo outer(true);
+        koScopedMultiCommand first(koUndoString("tst_koUndo", QStringLiteral("First")), true);
+        byName("Beam").setName(QStringLiteral("Girder"));
+        {
+            koScopedMultiCommand second(koUndoString("tst_koUndo", QStringLiteral("Second")), true);
+            byName("Frame").setVisibilityFlag(false);
+        }
+        koScopedUndo disabled(false);
+        referenceNamed("Wheel").unload();
+    }
+    QCOMPARE(koUndoStack::the()->count(), 1);
+    QCOMPARE(koUndoStack::the()->undoText(), QStringLiteral("First"));
+    koUndoStack::the()->undo();
+    QVERIFY(byName("Beam").isValid());
+    QVERIFY(byName("Frame").getVisibilityFlag());
+}
+
+void tst_koUndo::undoneRemovalRevivesHandles()
+{
+    const kodNode frame = byName("Frame");
+    const kodNode beam = byName("Beam");
+    {
+        koScopedUndo step(true);
+        koKernelServiceFactory::the()->getServiceOrNull<koNodeService>()->deleteNode(frame);
+    }
+    QVERIFY(!frame.isValid());
+    QVERIFY(!beam.isValid());
+    koUndoStack::the()->undo();
+    QVERIFY(frame.isValid());
+    QCOMPARE(beam.getParent(), frame);
+}
+
+QTEST_MAIN(tst_koUndo)
+#include "tst_koundo.moc"

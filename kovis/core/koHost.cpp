@@ -78,6 +78,8 @@ void connectNodeSignals()
                      });
     QObject::connect(s_host->engine.get(), &koReferenceEngine::warning, s_host->log.get(),
                      [](const QString& message) { s_host->log->logWarning(QStringLiteral("References"), message); });
+    QObject::connect(s_host->engine.get(), &koReferenceEngine::notice, s_host->log.get(),
+                     [](const QString& message) { s_host->log->logInfo(QStringLiteral("References"), message); });
 }
 
 } // namespace

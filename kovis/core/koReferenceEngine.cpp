@@ -811,7 +811,7 @@ void koReferenceEngine::applySnapshots(const QHash<QString, QVector<quint64>>& f
     if (changed.isEmpty())
         return;
     if (m_settings.notificationMode == 1)
-        emit warning(tr("%n reference(s) changed on disk", nullptr, changed.size()));
+        emit notice(tr("%n reference(s) changed on disk", nullptr, changed.size()));
     announce(changed);
 }
 

@@ -100,6 +100,7 @@ signals:
     void projectLoadFinished(const QString& path, bool success);
     void monitoringChanged(bool enabled);
     void warning(const QString& message);
+    void notice(const QString& message);
 
 private:
     struct Materialized;

@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QJsonDocument>
+#include <QSignalSpy>
 #include <QtTest>
 
 class tst_koProjectFile : public QObject
@@ -14,6 +15,8 @@ class tst_koProjectFile : public QObject
     Q_OBJECT
 
 private slots:
+    void loadingIsAnnounced_data();
+    void loadingIsAnnounced();
     void badProjectLoadsNothing_data();
     void badProjectLoadsNothing();
     void referenceIncludingItselfStaysUnloaded_data();
@@ -78,6 +81,29 @@ QStringList filesIn(const QString& folder)
 }
 
 } // namespace
+
+void tst_koProjectFile::loadingIsAnnounced_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("success");
+    QTest::newRow("valid") << project("{\"type\": \"group\", \"name\": \"r\"}") << true;
+    QTest::newRow("invalid") << QByteArray("{") << false;
+}
+
+void tst_koProjectFile::loadingIsAnnounced()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(bool, success);
+
+    const QString file = m_host.writeFile(QStringLiteral("project.kpr"), content);
+    QSignalSpy started(fileIO(), &koFileIOService::projectLoad);
+    QSignalSpy finished(fileIO(), &koFileIOService::projectLoadFinished);
+    QCOMPARE(fileIO()->loadProject(file), success);
+    QCOMPARE(started.count(), 1);
+    QCOMPARE(started.at(0).at(0).toString(), file);
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.at(0).at(1).toBool(), success);
+}
 
 void tst_koProjectFile::badProjectLoadsNothing_data()
 {

@@ -140,6 +140,7 @@ bool koSceneStore::isAnyReferenceBelowChanged(quint64 id) const
 
 void koSceneStore::reset(QVector<koNodeRecord> nodes, const QHash<quint64, koReferenceContent>& contents)
 {
+    emit sceneAboutToBeReset();
     m_nodes.clear();
     m_clones.clear();
     m_changeCount.clear();
@@ -280,7 +281,9 @@ void koSceneStore::insertRaw(quint64 parent, int index, const QVector<koNodeReco
     }
     const quint64 id = nodes.first().id;
     mutableNode(id)->parent = parent;
-    parentRecord->children.insert(qBound(0, index, int(parentRecord->children.size())), id);
+    const int row = qBound(0, index, int(parentRecord->children.size()));
+    emit subtreeAboutToBeInserted(parent, row);
+    parentRecord->children.insert(row, id);
     emit subtreeInserted(parent, id);
     addChange(markKey, delta);
 }

@@ -71,7 +71,9 @@ public:
     void markSaved(quint64 shareKey);
 
 signals:
+    void sceneAboutToBeReset();
     void sceneReset();
+    void subtreeAboutToBeInserted(quint64 parent, int row);
     void subtreeInserted(quint64 parent, quint64 id);
     void subtreeAboutToBeRemoved(quint64 parent, quint64 id);
     void subtreeRemoved(quint64 parent, quint64 id);

@@ -1,0 +1,80 @@
+#include "koReferenceReport.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koLogService.h>
+#include <kovis/koReferenceService.h>
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+QString stateText(koReferenceTypes::FileState state)
+{
+    switch (state) {
+    case koReferenceTypes::UpToDate:
+        return koReferenceReport::tr("Up to date");
+    case koReferenceTypes::OutOfDate:
+        return koReferenceReport::tr("Out of date");
+    case koReferenceTypes::Missing:
+        return koReferenceReport::tr("Missing");
+    case koReferenceTypes::Unsaved:
+        return koReferenceReport::tr("Unsaved");
+    case koReferenceTypes::NoFile:
+        break;
+    }
+    return QStringLiteral("-");
+}
+
+QString placeOf(const kodNode& node)
+{
+    QStringList names;
+    for (kodNode current = node; current.isValid(); current = current.getParent())
+        names.prepend(current.getName());
+    return names.join(QLatin1Char('/'));
+}
+
+QString shownPath(const QString& path, const QDir& projectFolder)
+{
+    if (path.isEmpty())
+        return QStringLiteral("-");
+    const QString relative = projectFolder.relativeFilePath(path);
+    return QDir::toNativeSeparators(relative.startsWith(QLatin1String("..")) ? path : relative);
+}
+
+} // namespace
+
+int koReferenceReport::run(const QString& project, bool check, QTextStream& out, QTextStream& err)
+{
+    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
+    auto* log = koKernelServiceFactory::the()->getServiceOrNull<koLogService>();
+    if (!fileIO->loadProject(project)) {
+        const QString reason = log->entries().isEmpty() ? QString() : log->entries().last().message;
+        err << tr("Cannot open the project: %1").arg(reason) << '\n';
+        return ProjectUnreadable;
+    }
+    QList<kodReferenceNode> references =
+        koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->getSceneReferences();
+    references.removeFirst();
+    const QDir folder = QFileInfo(fileIO->getProjectPath()).dir();
+    out << tr("Reference\tSmart file\tSmart state\tSource file\tSource state") << '\n';
+    int missing = 0;
+    for (const kodReferenceNode& reference : references) {
+        const auto smartState = reference.getSmartFileState();
+        const auto sourceState = reference.getSourceFileState();
+        missing += (smartState == koReferenceTypes::Missing) + (sourceState == koReferenceTypes::Missing);
+        out << placeOf(reference) << '\t' << shownPath(reference.getSmartPath(), folder) << '\t'
+            << stateText(smartState) << '\t' << shownPath(reference.getSourcePath(), folder) << '\t'
+            << stateText(sourceState) << '\n';
+    }
+    out.flush();
+    if (!check)
+        return AllFound;
+    if (missing > 0) {
+        err << tr("%n link(s) missing", nullptr, missing) << '\n';
+        return LinksMissing;
+    }
+    err << tr("All %n reference(s) found", nullptr, references.size()) << '\n';
+    return AllFound;
+}

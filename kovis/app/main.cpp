@@ -1,0 +1,89 @@
+#include "koHostCommandLine.h"
+#include "koMainWindow.h"
+#include "koPluginLoader.h"
+#include "koReferenceReport.h"
+#include "koSceneTreeService.h"
+#include "koScreenPlatformService.h"
+
+#include <kovis/koHost.h>
+
+#include <QApplication>
+#include <QTimer>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+void useOffscreenWithoutDisplay()
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+}
+
+QStringList argumentsOf(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+int runReport(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    koHostCommandLine commandLine;
+    commandLine.parse(application);
+    koHost::initialize();
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    const int code = koReferenceReport::run(commandLine.project, commandLine.mode == koHostCommandLine::Mode::Check, out, err);
+    koHost::shutdown();
+    return code;
+}
+
+int runWindow(int argc, char** argv)
+{
+    useOffscreenWithoutDisplay();
+    QApplication application(argc, argv);
+    koHostCommandLine commandLine;
+    commandLine.parse(application);
+    koHost::initialize();
+    koHost::setPlatformService(new koScreenPlatformService);
+
+    int code = 0;
+    {
+        koMainWindow window;
+        koHost::setTreeService(new koSceneTreeService(window.sceneTree()));
+        koPluginLoader plugins;
+        plugins.loadFolder(koPluginLoader::pluginFolder());
+        window.openProject(commandLine.project.isEmpty() ? QStringLiteral(KOVIS_DEMO_PROJECT) : commandLine.project);
+        window.show();
+        if (!commandLine.screenshot.isEmpty()) {
+            QTimer::singleShot(500, &window, [&] {
+                const bool saved = window.saveScreenshot(commandLine.screenshot);
+                if (!saved)
+                    std::fprintf(stderr, "Cannot write %s\n", qPrintable(commandLine.screenshot));
+                application.exit(saved ? 0 : 1);
+            });
+        }
+        code = application.exec();
+        window.releaseModules();
+        plugins.unloadAll();
+    }
+    koHost::shutdown();
+    return code;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("Kovis"));
+    QCoreApplication::setApplicationName(QStringLiteral("kovis-host"));
+    if (!koHostCommandLine::wantsWindow(argumentsOf(argc, argv)))
+        return runReport(argc, argv);
+    return runWindow(argc, argv);
+}

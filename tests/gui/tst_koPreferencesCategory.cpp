@@ -1,0 +1,162 @@
+#include "koTestHost.h"
+
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koPreferencesCategory.h>
+#include <kovis/koPreferencesService.h>
+
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+koPreferencesService* preferences()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+}
+
+// Records what the host asks of it; on apply it notes which of its keys had changed,
+// as a real page does before handing values on.
+class RecordingCategory : public koPreferencesCategory
+{
+public:
+    RecordingCategory(const QString& name, const QStringList& keys)
+        : koPreferencesCategory(name)
+        , m_keys(keys)
+    {
+    }
+
+    void loadValues() override { ++loads; }
+    void applyChanges() override
+    {
+        for (const QString& key : m_keys) {
+            if (isChanged(key))
+                appliedKeys << key;
+        }
+    }
+
+    int loads = 0;
+    QStringList appliedKeys;
+
+private:
+    QStringList m_keys;
+};
+
+QString uniqueKey(const QString& name)
+{
+    return QStringLiteral("%1/%2/%3").arg(QTest::currentTestFunction(), QTest::currentDataTag(), name);
+}
+
+} // namespace
+
+class tst_koPreferencesCategory : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void changeTracking_data();
+    void changeTracking();
+    void notificationsReachOnlyTheirCategory();
+    void registryListsEachCategoryOnce();
+};
+
+void tst_koPreferencesCategory::changeTracking_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("markChanged");
+    QTest::addColumn<bool>("changed");
+
+    QTest::newRow("bool, first value, marked") << QVariant() << QVariant(true) << true << true;
+    QTest::newRow("bool, new value, marked") << QVariant(false) << QVariant(true) << true << true;
+    QTest::newRow("bool, new value, unmarked") << QVariant(false) << QVariant(true) << false << false;
+    QTest::newRow("bool, same value, marked") << QVariant(true) << QVariant(true) << true << false;
+    QTest::newRow("int, new value, marked") << QVariant(5) << QVariant(7) << true << true;
+    QTest::newRow("int, same value, marked") << QVariant(5) << QVariant(5) << true << false;
+    QTest::newRow("string, new value, marked") << QVariant("a") << QVariant("b") << true << true;
+    QTest::newRow("string, emptied, marked") << QVariant("a") << QVariant(QString()) << true << true;
+    QTest::newRow("string, same value, unmarked") << QVariant("a") << QVariant("a") << false << false;
+}
+
+void tst_koPreferencesCategory::changeTracking()
+{
+    QFETCH(QVariant, stored);
+    QFETCH(QVariant, value);
+    QFETCH(bool, markChanged);
+    QFETCH(bool, changed);
+
+    koTestHost host;
+    koPreferencesCategory category(QStringLiteral("Tracking"));
+    const QString key = uniqueKey(QStringLiteral("value"));
+    const auto set = [&](const QVariant& v, bool mark) {
+        if (v.userType() == QMetaType::Bool)
+            category.setBoolValue(key, v.toBool(), mark);
+        else if (v.userType() == QMetaType::Int)
+            category.setIntValue(key, v.toInt(), mark);
+        else
+            category.setStringValue(key, v.toString(), mark);
+    };
+    if (stored.isValid())
+        set(stored, false);
+    QVERIFY(!category.isChanged(key));
+
+    set(value, markChanged);
+
+    QCOMPARE(category.isChanged(key), changed);
+    QCOMPARE(preferences()->isChanged(key), changed);
+    if (value.userType() == QMetaType::Bool)
+        QCOMPARE(category.getBoolValue(key, !value.toBool()), value.toBool());
+    else if (value.userType() == QMetaType::Int)
+        QCOMPARE(category.getIntValue(key, -1), value.toInt());
+    else
+        QCOMPARE(category.getStringValue(key, QStringLiteral("fallback")), value.toString());
+}
+
+void tst_koPreferencesCategory::notificationsReachOnlyTheirCategory()
+{
+    koTestHost host;
+    const QString ownKey = uniqueKey(QStringLiteral("own"));
+    const QString serviceKey = uniqueKey(QStringLiteral("written by the service"));
+    const QString otherKey = uniqueKey(QStringLiteral("other"));
+    RecordingCategory references(QStringLiteral("References"), {ownKey, serviceKey});
+    RecordingCategory other(QStringLiteral("Other"), {otherKey});
+    references.registerCategory();
+    other.registerCategory();
+
+    references.setIntValue(ownKey, 7, true);
+    preferences()->setIntValue(serviceKey, 3, true);
+    other.setIntValue(otherKey, 1, true);
+
+    preferences()->notifyCategoryChanged(QStringLiteral("References"));
+    QCOMPARE(references.loads, 1);
+    QCOMPARE(other.loads, 0);
+
+    preferences()->notifyCategoryApplied(QStringLiteral("References"));
+    QCOMPARE(references.appliedKeys, (QStringList{ownKey, serviceKey}));
+    QCOMPARE(other.appliedKeys, QStringList());
+    QVERIFY(!references.isChanged(ownKey));
+    QVERIFY(!references.isChanged(serviceKey));
+    QVERIFY(other.isChanged(otherKey));
+
+    preferences()->notifyCategoryApplied(QStringLiteral("References"));
+    QCOMPARE(references.appliedKeys, (QStringList{ownKey, serviceKey}));
+}
+
+void tst_koPreferencesCategory::registryListsEachCategoryOnce()
+{
+    koTestHost host;
+    const int before = koPreferencesCategory::registeredCategories().size();
+    auto category = std::make_unique<RecordingCategory>(QStringLiteral("Listed"), QStringList());
+    category->registerCategory();
+    category->registerCategory();
+    QCOMPARE(koPreferencesCategory::registeredCategories().count(category.get()), 1);
+    preferences()->notifyCategoryChanged(QStringLiteral("Listed"));
+    QCOMPARE(category->loads, 1);
+
+    category.reset();
+    QCOMPARE(koPreferencesCategory::registeredCategories().size(), before);
+    preferences()->notifyCategoryChanged(QStringLiteral("Listed"));
+}
+
+QTEST_MAIN(tst_koPreferencesCategory)
+#include "tst_koPreferencesCategory.moc"

@@ -1,0 +1,24 @@
+#include "koScriptedFileDialog.h"
+
+koScriptedFileDialog::koScriptedFileDialog()
+    : m_previous(koFileDialog::setHandler([this](const koFileDialog::Call& call) {
+        m_calls.append(call);
+        return m_answers.isEmpty() ? QStringList() : m_answers.dequeue();
+    }))
+{
+}
+
+koScriptedFileDialog::~koScriptedFileDialog()
+{
+    koFileDialog::setHandler(m_previous);
+}
+
+void koScriptedFileDialog::answer(const QString& path)
+{
+    answer(path.isEmpty() ? QStringList() : QStringList{path});
+}
+
+void koScriptedFileDialog::answer(const QStringList& paths)
+{
+    m_answers.enqueue(paths);
+}

@@ -71,12 +71,18 @@ bool QKOCollapsibleFrame::isCollapsed() const
 void QKOCollapsibleFrame::childEvent(QChildEvent* event)
 {
     QFrame::childEvent(event);
-    // The header arrives while the frame is being built; it is no page.
-    if (!m_header || !event->child()->isWidgetType())
+    QObject* child = event->child();
+    if (event->removed()) {
+        // The child may be half destroyed: compare, never cast.
+        const auto page = std::find_if(m_pages.begin(), m_pages.end(), [child](QObject* p) { return p == child; });
+        if (page != m_pages.end())
+            m_pages.erase(page);
         return;
-    auto* child = static_cast<QWidget*>(event->child());
-    if (event->added() && child != m_header && !child->isWindow())
-        addPage(child);
-    else if (event->removed())
-        m_pages.removeOne(child);
+    }
+    // The header arrives while the frame is being built; it is no page.
+    if (!event->added() || !m_header || !child->isWidgetType() || child == m_header)
+        return;
+    auto* widget = static_cast<QWidget*>(child);
+    if (!widget->isWindow())
+        addPage(widget);
 }

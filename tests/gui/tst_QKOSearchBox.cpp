@@ -18,10 +18,17 @@ class tst_QKOSearchBox : public QObject
     Q_OBJECT
 
 private slots:
+    void cleanup();
     void everyChangeIsReported();
     void addedWidgetSitsInsideAndWorks_data();
     void addedWidgetSitsInsideAndWorks();
 };
+
+void tst_QKOSearchBox::cleanup()
+{
+    // A finished fade animation deletes itself later.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
 
 void tst_QKOSearchBox::everyChangeIsReported()
 {
@@ -62,6 +69,11 @@ void tst_QKOSearchBox::addedWidgetSitsInsideAndWorks()
     box.setText(QStringLiteral("a long search text that runs up to the end of the field and beyond it"));
     box.show();
     QVERIFY(QTest::qWaitForWindowExposed(&box));
+    // Let the clear button's fade-in end, so that its animation does not outlive the box.
+    for (const QWidget* side : box.findChildren<QWidget*>()) {
+        if (side->property("opacity").isValid())
+            QTRY_COMPARE(side->property("opacity").toReal(), 1.0);
+    }
 
     QVERIFY(button->isVisible());
     QVERIFY(box.rect().contains(button->geometry()));

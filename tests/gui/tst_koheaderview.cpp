@@ -40,7 +40,7 @@ QList<MenuEntry> runContextMenu(QHeaderView* header, const QString& trigger)
 
 } // namespace
 
-class tst_koHeaderView : public QObject
+class tst_koheaderview : public QObject
 {
     Q_OBJECT
 
@@ -49,7 +49,7 @@ private slots:
     void contextMenuTogglesHideableSections();
 };
 
-void tst_koHeaderView::contextMenuTogglesHideableSections_data()
+void tst_koheaderview::contextMenuTogglesHideableSections_data()
 {
     QTest::addColumn<QList<int>>("hideable");
     QTest::addColumn<QList<int>>("hiddenBefore");
@@ -70,7 +70,7 @@ void tst_koHeaderView::contextMenuTogglesHideableSections_data()
                                                << QList<int>{1, 2, 3};
 }
 
-void tst_koHeaderView::contextMenuTogglesHideableSections()
+void tst_koheaderview::contextMenuTogglesHideableSections()
 {
     QFETCH(QList<int>, hideable);
     QFETCH(QList<int>, hiddenBefore);
@@ -107,5 +107,5 @@ void tst_koHeaderView::contextMenuTogglesHideableSections()
     QCOMPARE(hidden, hiddenAfter);
 }
 
-QTEST_MAIN(tst_koHeaderView)
-#include "tst_koHeaderView.moc"
+QTEST_MAIN(tst_koheaderview)
+#include "tst_koheaderview.moc"

@@ -13,7 +13,7 @@ struct SearchBox : QKOSearchBox
 
 } // namespace
 
-class tst_QKOSearchBox : public QObject
+class tst_qkosearchbox : public QObject
 {
     Q_OBJECT
 
@@ -24,13 +24,13 @@ private slots:
     void addedWidgetSitsInsideAndWorks();
 };
 
-void tst_QKOSearchBox::cleanup()
+void tst_qkosearchbox::cleanup()
 {
     // A finished fade animation deletes itself later.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-void tst_QKOSearchBox::everyChangeIsReported()
+void tst_qkosearchbox::everyChangeIsReported()
 {
     QKOSearchBox box;
     QSignalSpy changes(&box, &QKOSearchBox::searchChanged);
@@ -49,14 +49,14 @@ void tst_QKOSearchBox::everyChangeIsReported()
     QCOMPARE(reported, (QStringList{"e", "en", "eng", "en", "", "Engine"}));
 }
 
-void tst_QKOSearchBox::addedWidgetSitsInsideAndWorks_data()
+void tst_qkosearchbox::addedWidgetSitsInsideAndWorks_data()
 {
     QTest::addColumn<bool>("searchLine");
     QTest::newRow("plain") << false;
     QTest::newRow("search line") << true;
 }
 
-void tst_QKOSearchBox::addedWidgetSitsInsideAndWorks()
+void tst_qkosearchbox::addedWidgetSitsInsideAndWorks()
 {
     QFETCH(bool, searchLine);
 
@@ -87,5 +87,5 @@ void tst_QKOSearchBox::addedWidgetSitsInsideAndWorks()
     QVERIFY(button->isChecked());
 }
 
-QTEST_MAIN(tst_QKOSearchBox)
-#include "tst_QKOSearchBox.moc"
+QTEST_MAIN(tst_qkosearchbox)
+#include "tst_qkosearchbox.moc"

@@ -39,7 +39,7 @@ public:
 
 } // namespace
 
-class tst_koDialogDriver : public QObject
+class tst_kodialogdriver : public QObject
 {
     Q_OBJECT
 
@@ -50,7 +50,7 @@ private slots:
     void unscriptedDialogsAreCancelled();
 };
 
-void tst_koDialogDriver::messageBoxesAreRecordedAndAnswered_data()
+void tst_kodialogdriver::messageBoxesAreRecordedAndAnswered_data()
 {
     QTest::addColumn<bool>("scripted");
     QTest::addColumn<int>("answer");
@@ -65,7 +65,7 @@ void tst_koDialogDriver::messageBoxesAreRecordedAndAnswered_data()
     QTest::newRow("unscripted") << false << 0 << false << int(QMessageBox::Cancel) << false;
 }
 
-void tst_koDialogDriver::messageBoxesAreRecordedAndAnswered()
+void tst_kodialogdriver::messageBoxesAreRecordedAndAnswered()
 {
     QFETCH(bool, scripted);
     QFETCH(int, answer);
@@ -102,7 +102,7 @@ void tst_koDialogDriver::messageBoxesAreRecordedAndAnswered()
     QCOMPARE(driver.pendingSteps(), 0);
 }
 
-void tst_koDialogDriver::dialogsGoToTheirHandler()
+void tst_kodialogdriver::dialogsGoToTheirHandler()
 {
     koDialogDriver driver;
     driver.handleDialog([](QDialog* dialog) {
@@ -122,7 +122,7 @@ void tst_koDialogDriver::dialogsGoToTheirHandler()
     QVERIFY(driver.unexpected().isEmpty());
 }
 
-void tst_koDialogDriver::unscriptedDialogsAreCancelled()
+void tst_kodialogdriver::unscriptedDialogsAreCancelled()
 {
     koDialogDriver driver;
     driver.handleDialog([](QDialog*) {});
@@ -137,5 +137,5 @@ void tst_koDialogDriver::unscriptedDialogsAreCancelled()
     QVERIFY(driver.unexpected().at(1).contains(QLatin1String("\"Repath\"")));
 }
 
-QTEST_MAIN(tst_koDialogDriver)
-#include "tst_koDialogDriver.moc"
+QTEST_MAIN(tst_kodialogdriver)
+#include "tst_kodialogdriver.moc"

@@ -61,7 +61,7 @@ struct Scene
 
 } // namespace
 
-class tst_koNodeBasedSelectionModel : public QObject
+class tst_konodebasedselectionmodel : public QObject
 {
     Q_OBJECT
 
@@ -71,7 +71,7 @@ private slots:
     void selectedNodeFollowsCurrentRow();
 };
 
-void tst_koNodeBasedSelectionModel::selectNodes_data()
+void tst_konodebasedselectionmodel::selectNodes_data()
 {
     QTest::addColumn<QStringList>("before");
     QTest::addColumn<QString>("filter");
@@ -94,7 +94,7 @@ void tst_koNodeBasedSelectionModel::selectNodes_data()
                                             << QStringList{"B1", "B"} << QStringList{"B"};
 }
 
-void tst_koNodeBasedSelectionModel::selectNodes()
+void tst_konodebasedselectionmodel::selectNodes()
 {
     QFETCH(QStringList, before);
     QFETCH(QString, filter);
@@ -123,7 +123,7 @@ void tst_koNodeBasedSelectionModel::selectNodes()
     QCOMPARE(selection.mapToItemModel(first), scene.model.indexFromId(QVariant::fromValue(scene.nodes.value(selected.value(0)))));
 }
 
-void tst_koNodeBasedSelectionModel::selectedNodeFollowsCurrentRow()
+void tst_konodebasedselectionmodel::selectedNodeFollowsCurrentRow()
 {
     koTestHost host;
     Scene scene;
@@ -139,5 +139,5 @@ void tst_koNodeBasedSelectionModel::selectedNodeFollowsCurrentRow()
     QCOMPARE(selection.getSelectedNode().getName(), QStringLiteral("A"));
 }
 
-QTEST_MAIN(tst_koNodeBasedSelectionModel)
-#include "tst_koNodeBasedSelectionModel.moc"
+QTEST_MAIN(tst_konodebasedselectionmodel)
+#include "tst_konodebasedselectionmodel.moc"

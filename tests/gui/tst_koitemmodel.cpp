@@ -83,7 +83,7 @@ enum class Change { Rename, AddChild, RemoveChild, MoveChild, ReloadUnchanged };
 
 Q_DECLARE_METATYPE(Change)
 
-class tst_koItemModel : public QObject
+class tst_koitemmodel : public QObject
 {
     Q_OBJECT
 
@@ -100,7 +100,7 @@ private slots:
     void dropMovesNodes();
 };
 
-void tst_koItemModel::reloadBuildsTheSceneTree()
+void tst_koitemmodel::reloadBuildsTheSceneTree()
 {
     koTestHost host;
     Scene scene;
@@ -115,7 +115,7 @@ void tst_koItemModel::reloadBuildsTheSceneTree()
     QCOMPARE(watched.model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Extra"));
 }
 
-void tst_koItemModel::singleItemEdit_data()
+void tst_koitemmodel::singleItemEdit_data()
 {
     QTest::addColumn<Change>("change");
     QTest::addColumn<QStringList>("rowsOfA");
@@ -134,7 +134,7 @@ void tst_koItemModel::singleItemEdit_data()
                                << true;
 }
 
-void tst_koItemModel::singleItemEdit()
+void tst_koitemmodel::singleItemEdit()
 {
     QFETCH(Change, change);
     QFETCH(QStringList, rowsOfA);
@@ -193,7 +193,7 @@ void tst_koItemModel::singleItemEdit()
                  qPrintable(name));
 }
 
-void tst_koItemModel::resetsKeepTheModelConsistent()
+void tst_koitemmodel::resetsKeepTheModelConsistent()
 {
     koTestHost host;
     Scene scene;
@@ -216,7 +216,7 @@ void tst_koItemModel::resetsKeepTheModelConsistent()
     QCOMPARE(watched.model.rowCount(), 0);
 }
 
-void tst_koItemModel::idLookupFollowsTheTree_data()
+void tst_koitemmodel::idLookupFollowsTheTree_data()
 {
     QTest::addColumn<bool>("deleteNode");
     QTest::addColumn<bool>("throughEdit");
@@ -227,7 +227,7 @@ void tst_koItemModel::idLookupFollowsTheTree_data()
     QTest::newRow("single edit, node deleted") << true << true;
 }
 
-void tst_koItemModel::idLookupFollowsTheTree()
+void tst_koitemmodel::idLookupFollowsTheTree()
 {
     QFETCH(bool, deleteNode);
     QFETCH(bool, throughEdit);
@@ -259,7 +259,7 @@ void tst_koItemModel::idLookupFollowsTheTree()
     QVERIFY(!watched.model.indexFromId(idOf(kodNode())).isValid());
 }
 
-void tst_koItemModel::editingNameRenamesNode_data()
+void tst_koitemmodel::editingNameRenamesNode_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("locked");
@@ -270,7 +270,7 @@ void tst_koItemModel::editingNameRenamesNode_data()
     QTest::newRow("locked node") << QStringLiteral("Engine") << true << false;
 }
 
-void tst_koItemModel::editingNameRenamesNode()
+void tst_koitemmodel::editingNameRenamesNode()
 {
     QFETCH(QString, text);
     QFETCH(bool, locked);
@@ -294,7 +294,7 @@ void tst_koItemModel::editingNameRenamesNode()
     }
 }
 
-void tst_koItemModel::dropMovesNodes_data()
+void tst_koitemmodel::dropMovesNodes_data()
 {
     QTest::addColumn<QString>("dragged");
     QTest::addColumn<QString>("target");
@@ -307,7 +307,7 @@ void tst_koItemModel::dropMovesNodes_data()
     QTest::newRow("onto its parent") << QStringLiteral("A1") << QStringLiteral("A") << false;
 }
 
-void tst_koItemModel::dropMovesNodes()
+void tst_koitemmodel::dropMovesNodes()
 {
     QFETCH(QString, dragged);
     QFETCH(QString, target);
@@ -348,5 +348,5 @@ void tst_koItemModel::dropMovesNodes()
     }
 }
 
-QTEST_MAIN(tst_koItemModel)
-#include "tst_koItemModel.moc"
+QTEST_MAIN(tst_koitemmodel)
+#include "tst_koitemmodel.moc"

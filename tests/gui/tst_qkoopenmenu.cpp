@@ -3,7 +3,7 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-class tst_QKOOpenMenu : public QObject
+class tst_qkoopenmenu : public QObject
 {
     Q_OBJECT
 
@@ -12,7 +12,7 @@ private slots:
     void checkableEntriesKeepTheMenuOpen();
 };
 
-void tst_QKOOpenMenu::checkableEntriesKeepTheMenuOpen_data()
+void tst_qkoopenmenu::checkableEntriesKeepTheMenuOpen_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<bool>("byKey");
@@ -26,7 +26,7 @@ void tst_QKOOpenMenu::checkableEntriesKeepTheMenuOpen_data()
     QTest::newRow("return on plain entry") << QStringLiteral("Clear") << true << false << false;
 }
 
-void tst_QKOOpenMenu::checkableEntriesKeepTheMenuOpen()
+void tst_qkoopenmenu::checkableEntriesKeepTheMenuOpen()
 {
     QFETCH(QString, entry);
     QFETCH(bool, byKey);
@@ -66,5 +66,5 @@ void tst_QKOOpenMenu::checkableEntriesKeepTheMenuOpen()
     menu.hide();
 }
 
-QTEST_MAIN(tst_QKOOpenMenu)
-#include "tst_QKOOpenMenu.moc"
+QTEST_MAIN(tst_qkoopenmenu)
+#include "tst_qkoopenmenu.moc"

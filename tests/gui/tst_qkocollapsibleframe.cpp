@@ -1,4 +1,4 @@
-#include "ui_collapsibleFrameForm.h"
+#include "ui_collapsibleframeform.h"
 
 #include <kovis/QKOCollapsibleFrame.h>
 
@@ -14,7 +14,7 @@ enum class Construction { Form, AddPage, ChildWidget };
 
 Q_DECLARE_METATYPE(Construction)
 
-class tst_QKOCollapsibleFrame : public QObject
+class tst_qkocollapsibleframe : public QObject
 {
     Q_OBJECT
 
@@ -23,7 +23,7 @@ private slots:
     void headerFoldsThePage();
 };
 
-void tst_QKOCollapsibleFrame::headerFoldsThePage_data()
+void tst_qkocollapsibleframe::headerFoldsThePage_data()
 {
     QTest::addColumn<Construction>("construction");
     QTest::newRow("designer form") << Construction::Form;
@@ -31,7 +31,7 @@ void tst_QKOCollapsibleFrame::headerFoldsThePage_data()
     QTest::newRow("child widget") << Construction::ChildWidget;
 }
 
-void tst_QKOCollapsibleFrame::headerFoldsThePage()
+void tst_qkocollapsibleframe::headerFoldsThePage()
 {
     QFETCH(Construction, construction);
 
@@ -79,5 +79,5 @@ void tst_QKOCollapsibleFrame::headerFoldsThePage()
     QVERIFY(frame->pages().isEmpty());
 }
 
-QTEST_MAIN(tst_QKOCollapsibleFrame)
-#include "tst_QKOCollapsibleFrame.moc"
+QTEST_MAIN(tst_qkocollapsibleframe)
+#include "tst_qkocollapsibleframe.moc"

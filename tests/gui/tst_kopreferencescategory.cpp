@@ -49,7 +49,7 @@ QString uniqueKey(const QString& name)
 
 } // namespace
 
-class tst_koPreferencesCategory : public QObject
+class tst_kopreferencescategory : public QObject
 {
     Q_OBJECT
 
@@ -60,7 +60,7 @@ private slots:
     void registryListsEachCategoryOnce();
 };
 
-void tst_koPreferencesCategory::changeTracking_data()
+void tst_kopreferencescategory::changeTracking_data()
 {
     QTest::addColumn<QVariant>("stored");
     QTest::addColumn<QVariant>("value");
@@ -73,7 +73,7 @@ void tst_koPreferencesCategory::changeTracking_data()
     QTest::newRow("emptied text, marked") << QVariant("a") << QVariant(QString()) << true << true;
 }
 
-void tst_koPreferencesCategory::changeTracking()
+void tst_kopreferencescategory::changeTracking()
 {
     QFETCH(QVariant, stored);
     QFETCH(QVariant, value);
@@ -107,7 +107,7 @@ void tst_koPreferencesCategory::changeTracking()
         QCOMPARE(category.getStringValue(key, QStringLiteral("fallback")), value.toString());
 }
 
-void tst_koPreferencesCategory::notificationsReachOnlyTheirCategory()
+void tst_kopreferencescategory::notificationsReachOnlyTheirCategory()
 {
     koTestHost host;
     const QString ownKey = uniqueKey(QStringLiteral("own"));
@@ -137,7 +137,7 @@ void tst_koPreferencesCategory::notificationsReachOnlyTheirCategory()
     QCOMPARE(references.appliedKeys, (QStringList{ownKey, serviceKey}));
 }
 
-void tst_koPreferencesCategory::registryListsEachCategoryOnce()
+void tst_kopreferencescategory::registryListsEachCategoryOnce()
 {
     koTestHost host;
     const int before = koPreferencesCategory::registeredCategories().size();
@@ -153,5 +153,5 @@ void tst_koPreferencesCategory::registryListsEachCategoryOnce()
     preferences()->notifyCategoryChanged(QStringLiteral("Listed"));
 }
 
-QTEST_MAIN(tst_koPreferencesCategory)
-#include "tst_koPreferencesCategory.moc"
+QTEST_MAIN(tst_kopreferencescategory)
+#include "tst_kopreferencescategory.moc"

@@ -23,7 +23,7 @@ bool hasVisiblePixel(const QImage& image)
 
 } // namespace
 
-class tst_koIconManager : public QObject
+class tst_koiconmanager : public QObject
 {
     Q_OBJECT
 
@@ -34,7 +34,7 @@ private slots:
     void unknownNamesFallBack();
 };
 
-void tst_koIconManager::namedIconsRender_data()
+void tst_koiconmanager::namedIconsRender_data()
 {
     QTest::addColumn<QString>("name");
     const char* names[] = {"ModuleReferenceEditor", "ModuleScenegraph", "ListView", "Filter", "LoadReference",
@@ -47,7 +47,7 @@ void tst_koIconManager::namedIconsRender_data()
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 
-void tst_koIconManager::namedIconsRender()
+void tst_koiconmanager::namedIconsRender()
 {
     QFETCH(QString, name);
 
@@ -60,7 +60,7 @@ void tst_koIconManager::namedIconsRender()
     QVERIFY2(image != render(koIconManager::getIcon(QStringLiteral("Fallback"))), "the fallback stands in");
 }
 
-void tst_koIconManager::unknownNamesFallBack_data()
+void tst_koiconmanager::unknownNamesFallBack_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("secondName");
@@ -73,7 +73,7 @@ void tst_koIconManager::unknownNamesFallBack_data()
     QTest::newRow("path-like") << QStringLiteral("../icons/Save") << QString() << QStringLiteral("Fallback");
 }
 
-void tst_koIconManager::unknownNamesFallBack()
+void tst_koiconmanager::unknownNamesFallBack()
 {
     QFETCH(QString, name);
     QFETCH(QString, secondName);
@@ -85,5 +85,5 @@ void tst_koIconManager::unknownNamesFallBack()
     QCOMPARE(image, render(koIconManager::getIcon(shown)));
 }
 
-QTEST_MAIN(tst_koIconManager)
-#include "tst_koIconManager.moc"
+QTEST_MAIN(tst_koiconmanager)
+#include "tst_koiconmanager.moc"

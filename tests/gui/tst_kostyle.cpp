@@ -23,7 +23,7 @@ double contrast(const QColor& a, const QColor& b)
 
 } // namespace
 
-class tst_koStyle : public QObject
+class tst_kostyle : public QObject
 {
     Q_OBJECT
 
@@ -32,7 +32,7 @@ private slots:
     void coloursAreReadable();
 };
 
-void tst_koStyle::coloursAreReadable_data()
+void tst_kostyle::coloursAreReadable_data()
 {
     QTest::addColumn<QColor>("base");
     QTest::newRow("white") << QColor(Qt::white);
@@ -41,7 +41,7 @@ void tst_koStyle::coloursAreReadable_data()
     QTest::newRow("near black") << QColor(0x19, 0x19, 0x19);
 }
 
-void tst_koStyle::coloursAreReadable()
+void tst_kostyle::coloursAreReadable()
 {
     QFETCH(QColor, base);
 
@@ -65,5 +65,5 @@ void tst_koStyle::coloursAreReadable()
     }
 }
 
-QTEST_MAIN(tst_koStyle)
-#include "tst_koStyle.moc"
+QTEST_MAIN(tst_kostyle)
+#include "tst_kostyle.moc"

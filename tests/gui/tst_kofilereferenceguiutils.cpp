@@ -23,7 +23,7 @@ const QByteArray engineObj = "o Block\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\ng Sid
 
 } // namespace
 
-class tst_koFileReferenceGUIUtils : public QObject
+class tst_kofilereferenceguiutils : public QObject
 {
     Q_OBJECT
 
@@ -33,7 +33,7 @@ private slots:
     void scriptsNest();
 };
 
-void tst_koFileReferenceGUIUtils::loadSource_data()
+void tst_kofilereferenceguiutils::loadSource_data()
 {
     QTest::addColumn<QString>("picked");
     QTest::addColumn<bool>("underGroup");
@@ -43,7 +43,7 @@ void tst_koFileReferenceGUIUtils::loadSource_data()
     QTest::newRow("obj below a group") << QStringLiteral("engine.obj") << true;
 }
 
-void tst_koFileReferenceGUIUtils::loadSource()
+void tst_kofilereferenceguiutils::loadSource()
 {
     QFETCH(QString, picked);
     QFETCH(bool, underGroup);
@@ -90,7 +90,7 @@ void tst_koFileReferenceGUIUtils::loadSource()
     QVERIFY(!reference.isValid());
 }
 
-void tst_koFileReferenceGUIUtils::scriptsNest()
+void tst_kofilereferenceguiutils::scriptsNest()
 {
     koScriptedFileDialog outer;
     outer.answer(QStringLiteral("/outer.obj"));
@@ -111,5 +111,5 @@ void tst_koFileReferenceGUIUtils::scriptsNest()
     QCOMPARE(outer.pendingAnswers(), 0);
 }
 
-QTEST_MAIN(tst_koFileReferenceGUIUtils)
-#include "tst_koFileReferenceGUIUtils.moc"
+QTEST_MAIN(tst_kofilereferenceguiutils)
+#include "tst_kofilereferenceguiutils.moc"

@@ -4,7 +4,7 @@
 #include <QLabel>
 #include <QtTest>
 
-class tst_koNodeInfoDialog : public QObject
+class tst_konodeinfodialog : public QObject
 {
     Q_OBJECT
 
@@ -12,7 +12,7 @@ private slots:
     void rowsAreGroupedUnderTheirSection();
 };
 
-void tst_koNodeInfoDialog::rowsAreGroupedUnderTheirSection()
+void tst_konodeinfodialog::rowsAreGroupedUnderTheirSection()
 {
     koNodeInfoDialog dialog;
     dialog.setWindowTitle(QStringLiteral("Scene Information"));
@@ -49,5 +49,5 @@ void tst_koNodeInfoDialog::rowsAreGroupedUnderTheirSection()
     QCOMPARE(dialog.findChildren<QLabel*>(QStringLiteral("infoValue")).size(), 3);
 }
 
-QTEST_MAIN(tst_koNodeInfoDialog)
-#include "tst_koNodeInfoDialog.moc"
+QTEST_MAIN(tst_konodeinfodialog)
+#include "tst_konodeinfodialog.moc"

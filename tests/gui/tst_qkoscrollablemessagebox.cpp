@@ -9,7 +9,7 @@
 #include <QScrollBar>
 #include <QtTest>
 
-class tst_QKOScrollableMessageBox : public QObject
+class tst_qkoscrollablemessagebox : public QObject
 {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ private slots:
     void longTextStaysOnScreen();
 };
 
-void tst_QKOScrollableMessageBox::longTextStaysOnScreen_data()
+void tst_qkoscrollablemessagebox::longTextStaysOnScreen_data()
 {
     QTest::addColumn<int>("lines");
     QTest::addColumn<bool>("scrolls");
@@ -27,7 +27,7 @@ void tst_QKOScrollableMessageBox::longTextStaysOnScreen_data()
     QTest::newRow("five hundred lines") << 500 << true;
 }
 
-void tst_QKOScrollableMessageBox::longTextStaysOnScreen()
+void tst_qkoscrollablemessagebox::longTextStaysOnScreen()
 {
     QFETCH(int, lines);
     QFETCH(bool, scrolls);
@@ -60,5 +60,5 @@ void tst_QKOScrollableMessageBox::longTextStaysOnScreen()
     QCOMPARE(driver.messageBoxes().first().text, paths.join('\n'));
 }
 
-QTEST_MAIN(tst_QKOScrollableMessageBox)
-#include "tst_QKOScrollableMessageBox.moc"
+QTEST_MAIN(tst_qkoscrollablemessagebox)
+#include "tst_qkoscrollablemessagebox.moc"

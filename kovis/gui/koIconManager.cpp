@@ -1,5 +1,7 @@
 #include <kovis/koIconManager.h>
 
+#include "koOwnedText.h"
+
 #include <QFile>
 #include <QHash>
 #include <QRegularExpression>
@@ -17,16 +19,18 @@ QString resourcePath(const QString& name)
 QIcon koIconManager::getIcon(const QString& name, const QString& secondName)
 {
     // QIcon parses its file when built; views ask for the same few icons all the time.
+    // The caches keep texts made here: a caller's literal goes when its plug-in unloads.
     static QHash<QString, QIcon> icons;
     static QSet<QString> reported;
     const QString found = hasIcon(name) ? name : hasIcon(secondName) ? secondName : QStringLiteral("Fallback");
     if (found != name && !reported.contains(name)) {
-        reported.insert(name);
+        reported.insert(koOwnedText(name));
         qWarning("koIconManager: no icon named '%s'", qPrintable(name));
     }
-    auto icon = icons.find(found);
+    const QString path = resourcePath(found);
+    auto icon = icons.find(path);
     if (icon == icons.end())
-        icon = icons.insert(found, QIcon(resourcePath(found)));
+        icon = icons.insert(path, QIcon(path));
     return icon.value();
 }
 

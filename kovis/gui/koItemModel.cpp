@@ -76,6 +76,8 @@ void koItemModel::setRootItem(koModelItem* root)
 {
     beginResetModel();
     resetTree(root);
+    if (root)
+        root->reload();
     endResetModel();
 }
 
@@ -91,15 +93,29 @@ void koItemModel::clear()
 
 void koItemModel::reload()
 {
-    beginResetModel();
-    // A reset reports everything at once; nothing is reported row by row meanwhile.
+    // A layout change rather than a reset: views keep their expanded, selected and
+    // current rows, found again by id in the rebuilt tree.
+    emit layoutAboutToBeChanged();
+    const QModelIndexList before = persistentIndexList();
+    QVector<QPair<QVariant, int>> ids;
+    ids.reserve(before.size());
+    for (const QModelIndex& index : before) {
+        koModelItem* item = nullptr;
+        ids.append({tryGetItem(index, item) ? item->getId() : QVariant(), index.column()});
+    }
+    // Nothing is reported row by row while the whole tree is rebuilt.
     setObserving(false);
     m_reloaded.clear();
     m_ids->invalidate();
     if (m_root)
         m_root->reload();
     setObserving(m_editDepth > 0);
-    endResetModel();
+    QModelIndexList after;
+    after.reserve(ids.size());
+    for (const auto& [id, column] : qAsConst(ids))
+        after.append(id.isValid() ? indexFromId(id, column) : QModelIndex());
+    changePersistentIndexList(before, after);
+    emit layoutChanged();
 }
 
 void koItemModel::resetTree(koModelItem* root)

@@ -7,31 +7,38 @@
 // and dark palettes.
 QColor koStyle::getReferenceUpToDateColor()
 {
-    return forPalette("#2a7230", "#81c784");
+    return forPalette(0x2a7230, 0x81c784);
 }
 
 QColor koStyle::getReferenceOutOfDateColor()
 {
-    return forPalette("#a04f00", "#ffb74d");
+    return forPalette(0xa04f00, 0xffb74d);
 }
 
 QColor koStyle::getReferenceMissingColor()
 {
-    return forPalette("#c62828", "#ff7b72");
+    return forPalette(0xc62828, 0xff7b72);
 }
 
 QColor koStyle::getLockedItemColor()
 {
-    return forPalette("#6d5f8a", "#b7a8d9");
+    return forPalette(0x6d5f8a, 0xb7a8d9);
 }
 
 QColor koStyle::getInactiveNodeColor()
 {
-    return forPalette("#666666", "#9e9e9e");
+    return forPalette(0x666666, 0x9e9e9e);
 }
 
-QColor koStyle::forPalette(const char* onLight, const char* onDark)
+QColor koStyle::forPalette(QRgb onLight, QRgb onDark)
 {
-    const bool dark = QApplication::palette().color(QPalette::Base).lightness() < 128;
-    return QColor(QLatin1String(dark ? onDark : onLight));
+    // Views ask for these colours for every cell they paint or filter.
+    static QRgb knownBase = 0;
+    static bool dark = false;
+    const QRgb base = QApplication::palette().color(QPalette::Base).rgb();
+    if (base != knownBase) {
+        knownBase = base;
+        dark = QColor(base).lightness() < 128;
+    }
+    return QColor(dark ? onDark : onLight);
 }

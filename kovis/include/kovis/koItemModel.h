@@ -23,11 +23,12 @@ public:
 
     void setHeader(const QStringList& header);
     QStringList getHeader() const;
-    // Takes ownership of the root and shows its current children.
+    // Takes ownership of the root, builds its items and shows them.
     void setRootItem(koModelItem* root);
     koModelItem* getRootItem() const;
     void clear();
-    // Rebuilds every item from the root in one model reset.
+    // Rebuilds every item from the root in one layout change; rows that views hold
+    // (expanded, selected, current) are found again by id.
     void reload();
 
     koModelItem* findItemById(const QVariant& id) const;

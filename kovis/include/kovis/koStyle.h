@@ -16,5 +16,5 @@ public:
     static QColor getInactiveNodeColor();
 
 private:
-    static QColor forPalette(const char* onLight, const char* onDark);
+    static QColor forPalette(QRgb onLight, QRgb onDark);
 };

@@ -1,0 +1,166 @@
+#include "koReferenceFilterModel.h"
+
+#include "koReferenceModelItem.h"
+
+#include <kovis/kodReferenceNode.h>
+
+#include <QFileInfo>
+
+namespace {
+
+// File states are tested before load states; the order decides nothing, since every
+// key only ever accepts.
+const int keyOrder[] = {FilterUpToDate, FilterOutOfDate,        FilterMissing,         FilterLoaded, FilterUnloaded,
+                        FilterSourceReferences, FilterSmartReferences, FilterModified, FilterFileType};
+
+bool hasFileState(const kodReferenceNode& reference, koReferenceTypes::FileState state)
+{
+    return reference.getSmartFileState() == state || reference.getSourceFileState() == state;
+}
+
+bool hasSuffix(const kodReferenceNode& reference, const std::set<QString>& suffixes)
+{
+    const QString sourcePath = reference.getSourcePath();
+    const QString smartPath = reference.getSmartPath();
+    for (const QString& suffix : suffixes) {
+        if (suffix.isEmpty())
+            continue;
+        if ((!sourcePath.isEmpty() && QFileInfo(sourcePath).suffix() == suffix)
+            || (!smartPath.isEmpty() && QFileInfo(smartPath).suffix() == suffix)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool passesKey(int key, const kodReferenceNode& reference, const std::set<QString>& suffixes)
+{
+    switch (key) {
+    case FilterLoaded:
+        return reference.isLoaded();
+    case FilterUnloaded:
+        return !reference.isLoaded();
+    case FilterUpToDate:
+        return hasFileState(reference, koReferenceTypes::UpToDate);
+    case FilterOutOfDate:
+        return hasFileState(reference, koReferenceTypes::OutOfDate);
+    case FilterMissing:
+        return hasFileState(reference, koReferenceTypes::Missing);
+    case FilterSourceReferences:
+        return reference.hasSourceReference();
+    case FilterSmartReferences:
+        return reference.hasSmartReference();
+    case FilterModified:
+        return reference.isChanged();
+    case FilterFileType:
+        return hasSuffix(reference, suffixes);
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+koReferenceFilterModel::koReferenceFilterModel(QObject* parent)
+    : QSortFilterProxyModel(parent)
+{
+}
+
+koReferenceFilterModel::~koReferenceFilterModel() = default;
+
+void koReferenceFilterModel::setFilterFlag(int key, bool enabled, const QString& suffix)
+{
+    if (enabled) {
+        std::set<QString>& suffixes = m_flags[key];
+        if (!suffix.isEmpty())
+            suffixes.insert(suffix);
+    } else if (suffix.isEmpty()) {
+        m_flags.erase(key);
+    } else if (const auto entry = m_flags.find(key); entry != m_flags.end()) {
+        entry->second.erase(suffix);
+        if (entry->second.empty())
+            m_flags.erase(entry);
+    }
+    refilter();
+}
+
+void koReferenceFilterModel::setSearchText(const QRegExp& expression)
+{
+    m_search = koTextMatcher(expression);
+    refilter();
+}
+
+// One layout change: filtering row range by row range costs a pass over every
+// persistent index per range, and a fully expanded view holds thousands of them.
+void koReferenceFilterModel::refilter()
+{
+    m_decisions.clear();
+    invalidate();
+}
+
+void koReferenceFilterModel::setSourceModel(QAbstractItemModel* sourceModel)
+{
+    if (QAbstractItemModel* previous = this->sourceModel())
+        disconnect(previous, nullptr, this, nullptr);
+    m_decisions.clear();
+    // Connected before the base class connects, so that the answers are forgotten
+    // before the proxy asks again about changed rows.
+    if (sourceModel) {
+        const auto forget = [this] { m_decisions.clear(); };
+        connect(sourceModel, &QAbstractItemModel::dataChanged, this, forget);
+        connect(sourceModel, &QAbstractItemModel::layoutAboutToBeChanged, this, forget);
+        connect(sourceModel, &QAbstractItemModel::modelAboutToBeReset, this, forget);
+        connect(sourceModel, &QAbstractItemModel::rowsAboutToBeRemoved, this, forget);
+        connect(sourceModel, &QAbstractItemModel::rowsAboutToBeMoved, this, forget);
+        connect(sourceModel, &QAbstractItemModel::rowsInserted, this, forget);
+    }
+    QSortFilterProxyModel::setSourceModel(sourceModel);
+}
+
+bool koReferenceFilterModel::isFilterEmpty() const
+{
+    return m_search.isEmpty() && m_flags.empty();
+}
+
+bool koReferenceFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
+{
+    const QPair<quintptr, int> row(sourceModel()->index(sourceRow, 0, sourceParent).internalId(), sourceRow);
+    const auto known = m_decisions.constFind(row);
+    if (known != m_decisions.constEnd())
+        return known.value();
+    const bool accepted = decide(sourceRow, sourceParent);
+    m_decisions.insert(row, accepted);
+    return accepted;
+}
+
+bool koReferenceFilterModel::decide(int sourceRow, const QModelIndex& sourceParent) const
+{
+    if (!m_search.isEmpty() && !matchesSearch(sourceRow, sourceParent))
+        return false;
+    return m_flags.empty() || passesFlags(sourceRow, sourceParent);
+}
+
+bool koReferenceFilterModel::matchesSearch(int sourceRow, const QModelIndex& sourceParent) const
+{
+    for (int column : {koReferenceModelItem::NameColumn, koReferenceModelItem::SmartLocationColumn,
+                       koReferenceModelItem::SourceLocationColumn}) {
+        const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
+        if (cell.isValid() && m_search.matches(cell.data(Qt::DisplayRole).toString()))
+            return true;
+    }
+    return false;
+}
+
+bool koReferenceFilterModel::passesFlags(int sourceRow, const QModelIndex& sourceParent) const
+{
+    const QModelIndex cell = sourceModel()->index(sourceRow, 0, sourceParent);
+    const kodReferenceNode reference =
+        cell.isValid() ? cell.data(Qt::UserRole).value<kodReferenceNode>() : kodReferenceNode();
+    bool accepted = false;
+    for (int key : keyOrder) {
+        const auto entry = m_flags.find(key);
+        if (entry != m_flags.end() && passesKey(key, reference, entry->second))
+            accepted = true;
+    }
+    return accepted;
+}

@@ -1,0 +1,101 @@
+#include "koReferenceModelItem.h"
+
+#include "koReferenceStateText.h"
+#include "koReferenceTreeModel.h"
+
+#include <QDir>
+
+koReferenceModelItem::koReferenceModelItem(const kodNode& node, bool nested, koModelItem* parent)
+    : koNodeModelItem(node, parent)
+    , m_nested(nested)
+{
+}
+
+QVariant koReferenceModelItem::data(int column, int role) const
+{
+    if (column == NameColumn || role != Qt::DisplayRole || column >= ColumnCount)
+        return koNodeModelItem::data(column, role);
+    return cachedText(column);
+}
+
+void koReferenceModelItem::reload()
+{
+    m_textKnown.reset();
+    koNodeModelItem::reload();
+}
+
+QString koReferenceModelItem::label() const
+{
+    return cachedText(NameColumn);
+}
+
+QString koReferenceModelItem::cachedText(int column) const
+{
+    if (!m_textKnown.test(std::size_t(column))) {
+        const kodReferenceNode reference(getNode().getObjectId());
+        m_texts[std::size_t(column)] =
+            column == NameColumn ? koReferenceTreeModel::displayText(reference) : columnText(column, reference);
+        m_textKnown.set(std::size_t(column));
+    }
+    return m_texts[std::size_t(column)];
+}
+
+QString koReferenceModelItem::columnText(int column, const kodReferenceNode& reference) const
+{
+    switch (column) {
+    case InstancesColumn:
+        return QString::number(reference.getRefCount());
+    case SmartStatusColumn:
+        return koReferenceStateText::colored(koReferenceStateText::statusWord(reference.getSmartFileState()),
+                                             reference.getSmartFileState(), reference);
+    case SmartModifiedColumn:
+        return reference.hasSmartReference() ? koReferenceStateText::dateText(reference.getSmartLastModified()) : QString();
+    case SmartOwnerColumn:
+        return reference.getSmartOwner();
+    case SmartLocationColumn:
+        return QDir::toNativeSeparators(reference.getSmartPath());
+    case SourceStatusColumn:
+        return koReferenceStateText::colored(koReferenceStateText::statusWord(reference.getSourceFileState()),
+                                             reference.getSourceFileState(), reference);
+    case SourceModifiedColumn:
+        return reference.hasSourceReference() ? koReferenceStateText::dateText(reference.getSourceLastModified()) : QString();
+    case SourceOwnerColumn:
+        return reference.getSourceOwner();
+    case SourceLocationColumn:
+        return QDir::toNativeSeparators(reference.getSourcePath());
+    default:
+        return QString();
+    }
+}
+
+QList<koModelItem*> koReferenceModelItem::createChildList()
+{
+    QList<koModelItem*> children;
+    if (!m_nested)
+        return children;
+    for (const kodNode& node : referencesBelow(getNode()))
+        children.append(new koReferenceModelItem(node, true, this));
+    return children;
+}
+
+QList<kodNode> koReferenceModelItem::referencesBelow(const kodNode& node)
+{
+    QList<kodNode> references;
+    QList<kodNode> pending;
+    const auto pushChildren = [&pending](const kodNode& parent) {
+        if (parent.getChildCount() == 0)
+            return;
+        const QList<kodNode> children = parent.getChildren();
+        for (auto child = children.crbegin(); child != children.crend(); ++child)
+            pending.append(*child);
+    };
+    pushChildren(node);
+    while (!pending.isEmpty()) {
+        const kodNode next = pending.takeLast();
+        if (next.isTypeOf(kodReferenceNode::staticMetaObject))
+            references.append(next);
+        else
+            pushChildren(next);
+    }
+    return references;
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <kovis/koNodeModelItem.h>
+#include <kovis/kodReferenceNode.h>
+
+#include <array>
+#include <bitset>
+
+// One reference row. Column 0 is the node (the model adds the file labels); the smart
+// link's status, date, owner and location follow, then the same for the source link.
+// In the graph an item's children are the nearest references below its node.
+class koReferenceModelItem : public koNodeModelItem
+{
+public:
+    enum Column {
+        NameColumn = 0,
+        InstancesColumn = 1,
+        SmartStatusColumn = 2,
+        SmartModifiedColumn = 3,
+        SmartOwnerColumn = 4,
+        SmartLocationColumn = 5,
+        SourceStatusColumn = 6,
+        SourceModifiedColumn = 7,
+        SourceOwnerColumn = 8,
+        SourceLocationColumn = 9,
+        ColumnCount = 10
+    };
+
+    koReferenceModelItem(const kodNode& node, bool nested, koModelItem* parent);
+
+    QVariant data(int column, int role) const override;
+    void reload() override;
+    QList<koModelItem*> createChildList() override;
+
+    // The reference's name with its file labels.
+    QString label() const;
+
+    // The nearest reference nodes below the node, in scene order.
+    static QList<kodNode> referencesBelow(const kodNode& node);
+
+private:
+    QString columnText(int column, const kodReferenceNode& reference) const;
+    // Texts are made once per reload of the item: every search keystroke reads three
+    // of them for every row, and the host announces every change with a reload.
+    QString cachedText(int column) const;
+
+    bool m_nested;
+    mutable std::array<QString, ColumnCount> m_texts;
+    mutable std::bitset<ColumnCount> m_textKnown;
+};

@@ -1,0 +1,76 @@
+#include "koReferenceStateText.h"
+
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koPreferencesService.h>
+#include <kovis/koStyle.h>
+
+#include <QColor>
+#include <QHash>
+
+namespace {
+
+// Every cell of a large scene is coloured on each paint and each search.
+QString colorName(const QColor& color)
+{
+    static QHash<QRgb, QString> names;
+    auto name = names.constFind(color.rgb());
+    if (name == names.constEnd())
+        name = names.insert(color.rgb(), color.name());
+    return name.value();
+}
+
+QColor stateColor(koReferenceTypes::FileState state, const kodReferenceNode& node)
+{
+    if (!node.isValid() || node.isLocked())
+        return koStyle::getLockedItemColor();
+    switch (state) {
+    case koReferenceTypes::Missing:
+        return koStyle::getReferenceMissingColor();
+    case koReferenceTypes::OutOfDate:
+        return koStyle::getReferenceOutOfDateColor();
+    default:
+        return koStyle::getReferenceUpToDateColor();
+    }
+}
+
+} // namespace
+
+QString koReferenceStateText::statusWord(koReferenceTypes::FileState state)
+{
+    switch (state) {
+    case koReferenceTypes::UpToDate:
+        return tr("Up to date");
+    case koReferenceTypes::OutOfDate:
+        return tr("Out of date");
+    case koReferenceTypes::Missing:
+        return tr("Missing");
+    case koReferenceTypes::Unsaved:
+        return tr("Unsaved");
+    case koReferenceTypes::NoFile:
+        break;
+    }
+    return QString();
+}
+
+QString koReferenceStateText::colored(const QString& label, koReferenceTypes::FileState state,
+                                      const kodReferenceNode& node)
+{
+    if (!coloringEnabled())
+        return label;
+    return QLatin1String("<font color=\"") + colorName(stateColor(state, node)) + QLatin1String("\">") + label
+        + QLatin1String("</font>");
+}
+
+QString koReferenceStateText::dateText(const QDateTime& date)
+{
+    return date.isValid() ? date.toString(QStringLiteral("yyyy.MM.dd hh:mm")) : QStringLiteral("----");
+}
+
+bool koReferenceStateText::coloringEnabled()
+{
+    static const bool enabled = [] {
+        const auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+        return !preferences || preferences->getBoolValue(QStringLiteral("Colored State Texts"), true);
+    }();
+    return enabled;
+}

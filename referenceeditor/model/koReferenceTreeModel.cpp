@@ -1,0 +1,92 @@
+#include "koReferenceTreeModel.h"
+
+#include "koReferenceModelItem.h"
+#include "koReferenceStateText.h"
+
+#include <kovis/koNodeModelItem.h>
+#include <kovis/koStyle.h>
+
+namespace {
+
+// The file's suffix when the file is named after the node, else its name.
+QString fileLabel(const QString& path, const QString& nodeName)
+{
+    if (path.isEmpty())
+        return QString();
+    const QString fileName = path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+    const int dot = fileName.lastIndexOf(QLatin1Char('.'));
+    const QString completeBaseName = dot < 0 ? fileName : fileName.left(dot);
+    const QString suffix = dot < 0 ? QString() : fileName.mid(dot + 1);
+    return completeBaseName == nodeName ? suffix : fileName;
+}
+
+} // namespace
+
+koReferenceTreeModel::koReferenceTreeModel(QObject* parent)
+    : koItemModel(parent)
+{
+}
+
+koReferenceTreeModel::~koReferenceTreeModel() = default;
+
+kodReferenceNode koReferenceTreeModel::referenceOf(const koModelItem* item)
+{
+    const auto* nodeItem = dynamic_cast<const koNodeModelItem*>(item);
+    if (!nodeItem)
+        return kodReferenceNode();
+    const kodNode node = nodeItem->getNode();
+    return node.isTypeOf(kodReferenceNode::staticMetaObject) ? kodReferenceNode(node.getObjectId()) : kodReferenceNode();
+}
+
+QVariant koReferenceTreeModel::data(const QModelIndex& index, int role) const
+{
+    if (index.column() != 0 || (role != Qt::DisplayRole && role != Qt::ForegroundRole))
+        return koItemModel::data(index, role);
+    koModelItem* item = nullptr;
+    if (!tryGetItem(index, item) || !item)
+        return QVariant();
+    if (role == Qt::DisplayRole) {
+        if (const auto* referenceItem = dynamic_cast<const koReferenceModelItem*>(item))
+            return referenceItem->label();
+        return displayText(referenceOf(item));
+    }
+    const kodReferenceNode reference = referenceOf(item);
+    if (!reference.isNull()) {
+        if (reference.isLocked())
+            return koStyle::getLockedItemColor();
+        if (!reference.isVisible())
+            return koStyle::getInactiveNodeColor();
+    }
+    return koItemModel::data(index, role);
+}
+
+QStringList koReferenceTreeModel::columnTitles()
+{
+    return {tr("References"), tr("#"),     tr("Status"), tr("Modified"), tr("Owner"),
+            tr("Location"),   tr("Status"), tr("Modified"), tr("Owner"),  tr("Location")};
+}
+
+QString koReferenceTreeModel::displayText(const kodReferenceNode& reference)
+{
+    if (reference.isNull())
+        return QString();
+    const QString name = reference.getName();
+    if (!reference.hasSourceReference() && !reference.hasSmartReference())
+        return name;
+    const QString smartPath = reference.getSmartPath();
+    const QString sourcePath = reference.getSourcePath();
+    if (smartPath.isEmpty() && sourcePath.isEmpty())
+        return name;
+    const QString smartLabel = fileLabel(smartPath, name);
+    const QString sourceLabel = fileLabel(sourcePath, name);
+    QString text = reference.isChanged() ? QLatin1Char('*') + name : name;
+    text += QLatin1String(" [");
+    if (!smartLabel.isEmpty()) {
+        text += koReferenceStateText::colored(smartLabel, reference.getSmartFileState(), reference);
+        if (!sourceLabel.isEmpty())
+            text += QLatin1String(" | ");
+    }
+    if (!sourceLabel.isEmpty())
+        text += koReferenceStateText::colored(sourceLabel, reference.getSourceFileState(), reference);
+    return text + QLatin1Char(']');
+}

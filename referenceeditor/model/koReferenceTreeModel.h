@@ -1,0 +1,25 @@
+#pragma once
+
+#include <kovis/koItemModel.h>
+#include <kovis/kodReferenceNode.h>
+
+// The reference view's model: column 0 joins a reference's name with the names and
+// states of its two files, and shows locked and hidden references in their colours.
+class koReferenceTreeModel : public koItemModel
+{
+    Q_OBJECT
+public:
+    explicit koReferenceTreeModel(QObject* parent = nullptr);
+    ~koReferenceTreeModel() override;
+
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+    // The ten column titles: the reference, its instances, then status, date, owner
+    // and location of the smart file and of the source file.
+    static QStringList columnTitles();
+    // "Engine [kpr | engine_v2.CATProduct]": the name and the coloured file labels.
+    static QString displayText(const kodReferenceNode& reference);
+
+private:
+    static kodReferenceNode referenceOf(const koModelItem* item);
+};

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "ui_koReferenceEditorUI.h"
+
+#include <kovis/kodReferenceNode.h>
+
+#include <QMainWindow>
+
+#include <memory>
+
+class koNodeBasedSelectionModel;
+class koReferenceFilterModel;
+class koReferenceTreeModel;
+class QTreeView;
+
+// The Reference Editor's window: the scene's references as a graph or a flat list in
+// three coupled views (the references, their smart files, their source files), kept
+// current by deferred reloads that coalesce bursts of host notifications.
+class koReferenceEditorModule : public QMainWindow, public Ui::koReferenceEditorUI
+{
+    Q_OBJECT
+public:
+    explicit koReferenceEditorModule(QWidget* parent = nullptr, const QString& objectName = QString());
+    ~koReferenceEditorModule() override;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    // Keeps the side columns level with the main view; consumes nothing.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    // The one way to refresh the views: one reload on the next event-loop turn,
+    // none while a project loads.
+    void scheduleReload();
+    // 0 shows the reference graph, anything else the flat list.
+    void setListMode(int mode);
+    void storeExpandedStates();
+    void restoreExpandedStates();
+    int treeDepth(const QModelIndex& index) const;
+    void updateNodeItem(const kodNode& node);
+    void onSceneSelectionChanged(const QList<kodReferenceNode>& references);
+    // One entry per selected row; a null handle for a row that is no reference.
+    QList<kodReferenceNode> selectedReferences() const;
+    // Selects each reference with everything below it; the last one's subtree stays.
+    void selectSubtree(const QList<kodReferenceNode>& references);
+    void expandToSliderDepth(int value);
+
+    koReferenceTreeModel* referenceModel() const { return m_model.get(); }
+    koReferenceFilterModel* filterModel() const { return m_filterModel; }
+    koNodeBasedSelectionModel* nodeSelectionModel() const { return m_selectionModel; }
+    bool isReloadPending() const { return m_reloadPending; }
+    bool isProjectLoading() const { return m_projectLoading; }
+    // Commands that change many references one by one hold reloads back meanwhile.
+    void setProjectLoading(bool loading) { m_projectLoading = loading; }
+
+private:
+    void setUpModel();
+    void connectSceneNotifications();
+    void setUpViews();
+    void setUpSideHeader(QTreeView* view);
+    void setUpView(QTreeView* view);
+    void showColumns(QTreeView* view, std::initializer_list<int> columns, bool hideable);
+    void setUpListMode();
+    void registerModule();
+    void connectHost();
+    void reloadModel();
+    void onReferenceCreated(const kodReferenceNode& reference);
+    void scrollToFirstSelected();
+    bool isFlatList() const;
+
+    bool m_reloadPending = false;
+    bool m_projectLoading = false;
+    std::unique_ptr<koReferenceTreeModel> m_model;
+    koReferenceFilterModel* m_filterModel = nullptr;
+    koNodeBasedSelectionModel* m_selectionModel = nullptr;
+    // Nodes whose rows were expanded in the graph, kept across a switch to the list.
+    QList<kodNode> m_expandedNodes;
+};

@@ -1,0 +1,273 @@
+#include "koReferenceEditorModule.h"
+#include "koReferenceFilterModel.h"
+#include "koReferenceTreeModel.h"
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koNodeBasedSelectionModel.h>
+#include <kovis/koNodeService.h>
+#include <kovis/koObjectService.h>
+#include <kovis/koReferenceService.h>
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QtTest>
+
+class tst_koReferenceEditorModule : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void burstOfNotificationsCostsOneReload();
+    void noReloadWhileAProjectLoads();
+    void hiddenWindowIgnoresTheSceneSelection();
+    void sceneSelectionSelectsSharedInstancesInTheList_data();
+    void sceneSelectionSelectsSharedInstancesInTheList();
+    void selectSubtreeLeavesTheLastSubtree();
+    void sliderRangeFollowsTheGraphDepth_data();
+    void sliderRangeFollowsTheGraphDepth();
+    void expandedRowsSurviveTheListView();
+    void onlyNameChangesUpdateAnItem();
+    void createdReferenceIsSelected();
+    void modelsStayConsistentInTheWindow();
+
+private:
+    void settle();
+    kodReferenceNode reference(const QString& name) const;
+
+    koTestHost m_host;
+    std::unique_ptr<koReferenceEditorModule> m_module;
+};
+
+namespace {
+
+template<class Service>
+Service* service()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<Service>();
+}
+
+// Every reload of the reference model ends in one of these two signals.
+struct ReloadCounter
+{
+    explicit ReloadCounter(QAbstractItemModel* model)
+        : resets(model, &QAbstractItemModel::modelReset)
+        , layouts(model, &QAbstractItemModel::layoutChanged)
+    {
+    }
+    int count() const { return resets.count() + layouts.count(); }
+
+    QSignalSpy resets;
+    QSignalSpy layouts;
+};
+
+QStringList names(const QList<kodNode>& nodes)
+{
+    QStringList result;
+    for (const kodNode& node : nodes)
+        result.append(node.getName());
+    return result;
+}
+
+} // namespace
+
+void tst_koReferenceEditorModule::init()
+{
+    QVERIFY(service<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    m_module = std::make_unique<koReferenceEditorModule>();
+    settle();
+}
+
+void tst_koReferenceEditorModule::cleanup()
+{
+    m_module.reset();
+}
+
+void tst_koReferenceEditorModule::settle()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+}
+
+kodReferenceNode tst_koReferenceEditorModule::reference(const QString& name) const
+{
+    for (const kodReferenceNode& candidate : service<koReferenceService>()->getSceneReferences()) {
+        if (candidate.getName() == name)
+            return candidate;
+    }
+    return kodReferenceNode();
+}
+
+void tst_koReferenceEditorModule::burstOfNotificationsCostsOneReload()
+{
+    ReloadCounter reloads(m_module->referenceModel());
+    for (int i = 0; i < 10; ++i)
+        emit service<koReferenceService>()->referencesChanged({reference(QStringLiteral("Frame"))});
+    emit service<koReferenceService>()->updateMonitoringChanged(true);
+    QCOMPARE(reloads.count(), 0);
+    QVERIFY(m_module->isReloadPending());
+    settle();
+    QCOMPARE(reloads.count(), 1);
+    QVERIFY(!m_module->isReloadPending());
+}
+
+void tst_koReferenceEditorModule::noReloadWhileAProjectLoads()
+{
+    ReloadCounter reloads(m_module->referenceModel());
+    emit service<koFileIOService>()->projectLoad(QStringLiteral("other.kpr"));
+    emit service<koReferenceService>()->referencesChanged({});
+    m_module->scheduleReload();
+    settle();
+    QCOMPARE(reloads.count(), 0);
+
+    emit service<koFileIOService>()->projectLoadFinished(QStringLiteral("other.kpr"), true);
+    emit service<koReferenceService>()->referencesChanged({});
+    settle();
+    QCOMPARE(reloads.count(), 1);
+
+    QVERIFY(service<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    settle();
+    QCOMPARE(reloads.count(), 2);
+}
+
+void tst_koReferenceEditorModule::hiddenWindowIgnoresTheSceneSelection()
+{
+    emit service<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
+    QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
+
+    m_module->show();
+    emit service<koReferenceService>()->sceneSelectionChanged({});
+    QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
+    emit service<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
+    QCOMPARE(names(m_module->nodeSelectionModel()->getAllSelectedNodes()), QStringList{QStringLiteral("Frame")});
+}
+
+void tst_koReferenceEditorModule::sceneSelectionSelectsSharedInstancesInTheList_data()
+{
+    QTest::addColumn<int>("listMode");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("graph") << 0 << QStringList{"Front Wheel"};
+    QTest::newRow("list") << 1 << QStringList{"Front Wheel", "Rear Wheel"};
+}
+
+void tst_koReferenceEditorModule::sceneSelectionSelectsSharedInstancesInTheList()
+{
+    QFETCH(int, listMode);
+    QFETCH(QStringList, expected);
+
+    m_module->m_listMode->setCurrentIndex(listMode);
+    settle();
+    m_module->show();
+    emit service<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Front Wheel"))});
+    QStringList selected = names(m_module->nodeSelectionModel()->getAllSelectedNodes());
+    selected.sort();
+    QCOMPARE(selected, expected);
+}
+
+void tst_koReferenceEditorModule::selectSubtreeLeavesTheLastSubtree()
+{
+    m_module->selectSubtree({reference(QStringLiteral("Frame")), reference(QStringLiteral("Drivetrain"))});
+    QStringList selected = names(m_module->nodeSelectionModel()->getAllSelectedNodes());
+    selected.sort();
+    QCOMPARE(selected, (QStringList{"Cassette", "Chain", "Drivetrain"}));
+}
+
+void tst_koReferenceEditorModule::sliderRangeFollowsTheGraphDepth_data()
+{
+    QTest::addColumn<QString>("scene");
+    QTest::addColumn<int>("maximum");
+
+    QTest::newRow("empty model") << "none" << 0;
+    QTest::newRow("project without references") << "empty" << 0;
+    QTest::newRow("one reference") << "one" << 1;
+    QTest::newRow("demo, three levels below the project") << "demo" << 3;
+}
+
+void tst_koReferenceEditorModule::sliderRangeFollowsTheGraphDepth()
+{
+    QFETCH(QString, scene);
+    QFETCH(int, maximum);
+
+    m_module->m_treeSlider->setMaximum(42);
+    if (scene != "demo")
+        service<koFileIOService>()->newProject();
+    if (scene == "one")
+        service<koReferenceService>()->createReference(kodNode());
+    if (scene == "none")
+        m_module->referenceModel()->clear();
+    m_module->scheduleReload();
+    settle();
+    QCOMPARE(m_module->m_treeSlider->minimum(), 0);
+    QCOMPARE(m_module->m_treeSlider->maximum(), maximum);
+}
+
+void tst_koReferenceEditorModule::expandedRowsSurviveTheListView()
+{
+    auto* filter = m_module->filterModel();
+    const auto rowOf = [&](const QString& name) {
+        const QModelIndex source = m_module->referenceModel()->indexFromId(QVariant::fromValue(kodNode(reference(name))));
+        return filter->mapFromSource(source);
+    };
+    m_module->m_treeView->expand(rowOf(QStringLiteral("Bicycle")));
+    m_module->m_treeView->expand(rowOf(QStringLiteral("Frame")));
+    QVERIFY(m_module->m_treeView->isExpanded(rowOf(QStringLiteral("Frame"))));
+
+    m_module->m_listMode->setCurrentIndex(1);
+    settle();
+    QCOMPARE(filter->rowCount(), service<koReferenceService>()->getSceneReferences().size());
+    m_module->m_listMode->setCurrentIndex(0);
+    settle();
+
+    QVERIFY(m_module->m_treeView->isExpanded(rowOf(QStringLiteral("Bicycle"))));
+    QVERIFY(m_module->m_treeView->isExpanded(rowOf(QStringLiteral("Frame"))));
+    QVERIFY(!m_module->m_treeView->isExpanded(rowOf(QStringLiteral("Drivetrain"))));
+    QVERIFY(!m_module->m_smartColumns->isExpanded(rowOf(QStringLiteral("Drivetrain"))));
+}
+
+void tst_koReferenceEditorModule::onlyNameChangesUpdateAnItem()
+{
+    QSignalSpy changed(m_module->referenceModel(), &QAbstractItemModel::dataChanged);
+    const kodReferenceNode frame = reference(QStringLiteral("Frame"));
+    emit service<koObjectService>()->propertyChanged(frame, "visible");
+    QCOMPARE(changed.count(), 0);
+
+    emit service<koObjectService>()->propertyChanged(frame, "name");
+    QVERIFY(changed.count() >= 1);
+    const QModelIndex row = m_module->referenceModel()->indexFromId(QVariant::fromValue(kodNode(frame)));
+    QCOMPARE(changed.last().at(0).toModelIndex().row(), row.row());
+    QCOMPARE(changed.last().at(0).toModelIndex().parent(), row.parent());
+}
+
+void tst_koReferenceEditorModule::createdReferenceIsSelected()
+{
+    m_module->show();
+    const kodReferenceNode created = service<koReferenceService>()->createReference(reference(QStringLiteral("Frame")));
+    settle();
+    QCOMPARE(m_module->nodeSelectionModel()->getAllSelectedNodes(), QList<kodNode>{created});
+}
+
+void tst_koReferenceEditorModule::modelsStayConsistentInTheWindow()
+{
+    QAbstractItemModelTester modelTester(m_module->referenceModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QAbstractItemModelTester filterTester(m_module->filterModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    m_module->m_treeView->expandAll();
+    reference(QStringLiteral("Drivetrain")).unload();
+    settle();
+    m_module->filterModel()->setFilterFlag(FilterMissing, true, QString());
+    m_module->m_listMode->setCurrentIndex(1);
+    settle();
+    m_module->filterModel()->setSearchText(QRegExp(QStringLiteral("wheel"), Qt::CaseInsensitive, QRegExp::FixedString));
+    m_module->m_listMode->setCurrentIndex(0);
+    settle();
+    QCOMPARE(m_module->filterModel()->rowCount(), 0);
+    reference(QStringLiteral("Drivetrain")).load();
+    m_module->filterModel()->setSearchText(QRegExp());
+    settle();
+    QCOMPARE(m_module->filterModel()->rowCount(), 1);
+}
+
+QTEST_MAIN(tst_koReferenceEditorModule)
+#include "tst_koreferenceeditormodule.moc"

@@ -1,0 +1,229 @@
+#include "koOsbFile.h"
+#include "koReferenceFilterModel.h"
+#include "koReferenceFlatModelItem.h"
+#include "koReferenceTreeModel.h"
+#include "koReferenceTreeRootItem.h"
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koReferenceService.h>
+
+#include <QAbstractItemModelTester>
+#include <QtTest>
+
+// Counts the rows the proxy looks at, to see that a filter change re-runs the filter.
+class koCountingFilterModel : public koReferenceFilterModel
+{
+public:
+    mutable int tests = 0;
+
+protected:
+    bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override
+    {
+        ++tests;
+        return koReferenceFilterModel::filterAcceptsRow(sourceRow, sourceParent);
+    }
+};
+
+class tst_koReferenceFilterModel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void filters_data();
+    void filters();
+    void turningOffAnAbsentKeyStillRefilters();
+    void filterIsEmpty_data();
+    void filterIsEmpty();
+    void ancestorsOfMatchesStayVisible();
+    void proxyStaysConsistentWhileFilteredAndReloaded();
+
+private:
+    koTestHost m_host;
+    koReferenceTreeModel m_model;
+};
+
+namespace {
+
+QStringList visibleNames(const QAbstractItemModel& model)
+{
+    QStringList names;
+    for (int row = 0; row < model.rowCount(); ++row)
+        names.append(model.index(row, 0).data(Qt::UserRole).value<kodNode>().getName());
+    names.sort();
+    return names;
+}
+
+// "2" turns key 2 on; "8:osb" turns the file-type key on for suffix osb.
+void applyFlags(koReferenceFilterModel& filter, const QStringList& flags)
+{
+    for (const QString& flag : flags) {
+        const QStringList parts = flag.split(QLatin1Char(':'));
+        filter.setFilterFlag(parts.first().toInt(), true, parts.value(1));
+    }
+}
+
+QRegExp search(const QString& text)
+{
+    return QRegExp(text, Qt::CaseSensitive, QRegExp::FixedString);
+}
+
+} // namespace
+
+void tst_koReferenceFilterModel::initTestCase()
+{
+    const QString a = m_host.writeProject(QStringLiteral("a.kpr"), {koTestHost::geometry("Body")});
+    m_host.writeFile(QStringLiteral("a.obj"), "o A\nf 1 1 1\n");
+    koSceneNodeDesc osb;
+    osb.name = QStringLiteral("C");
+    m_host.writeFile(QStringLiteral("c.osb"), koOsbFile::serialize(osb));
+    m_host.writeFile(QStringLiteral("d.OBJ"), "o D\nf 1 1 1\n");
+    m_host.writeProject(QStringLiteral("f.kpr"), {koTestHost::geometry("Panel")});
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::reference("A", "a.kpr", "a.obj", {{"sourceImported", "2001-01-01T00:00:00Z"}}),
+         koTestHost::reference("B", QString(), "b.obj"), koTestHost::reference("C", "c.osb", QString()),
+         koTestHost::reference("D", "d.kpr", "d.OBJ"), koTestHost::reference("E", QString(), QString()),
+         koTestHost::reference("F", "f.kpr", QString())});
+    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project));
+    koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->getSceneReferences().last().getChild(0).setName(
+        QStringLiteral("Edited"));
+    m_model.setHeader(koReferenceTreeModel::columnTitles());
+    m_model.setRootItem(new koReferenceFlatModelItem(kodNode()));
+    QCOMPARE(m_model.rowCount(), 7);
+    Q_UNUSED(a)
+}
+
+void tst_koReferenceFilterModel::filters_data()
+{
+    QTest::addColumn<QStringList>("flags");
+    QTest::addColumn<QString>("search");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("nothing chosen") << QStringList() << QString() << "A B C D E F project";
+    QTest::newRow("loaded") << QStringList{"0"} << QString() << "A C E F project";
+    QTest::newRow("unloaded") << QStringList{"1"} << QString() << "B D";
+    QTest::newRow("up to date, either link") << QStringList{"2"} << QString() << "A C D F project";
+    QTest::newRow("out of date") << QStringList{"3"} << QString() << "A";
+    QTest::newRow("missing") << QStringList{"4"} << QString() << "B D";
+    QTest::newRow("source references") << QStringList{"5"} << QString() << "A B D";
+    QTest::newRow("smart references") << QStringList{"6"} << QString() << "A C D F project";
+    QTest::newRow("modified") << QStringList{"7"} << QString() << "F";
+    QTest::newRow("file type osb") << QStringList{"8:osb"} << QString() << "C";
+    QTest::newRow("file type is case-sensitive") << QStringList{"8:OSB"} << QString() << "";
+    QTest::newRow("file type obj") << QStringList{"8:obj"} << QString() << "A B";
+    QTest::newRow("file type OBJ") << QStringList{"8:OBJ"} << QString() << "D";
+    QTest::newRow("two file types") << QStringList{"8:osb", "8:OBJ"} << QString() << "C D";
+    QTest::newRow("keys combine with or") << QStringList{"3", "1"} << QString() << "A B D";
+    QTest::newRow("loaded or missing") << QStringList{"0", "4"} << QString() << "A B C D E F project";
+    QTest::newRow("search in the name column") << QStringList() << "a.obj" << "A";
+    QTest::newRow("search in the smart location") << QStringList() << "c.osb" << "C";
+    QTest::newRow("search in the source location") << QStringList() << "d.OBJ" << "D";
+    QTest::newRow("search is case-sensitive here") << QStringList() << "C.OSB" << "";
+    QTest::newRow("search and keys") << QStringList{"1"} << ".OBJ" << "D";
+    QTest::newRow("search matching only the date column") << QStringList() << "----" << "";
+}
+
+void tst_koReferenceFilterModel::filters()
+{
+    QFETCH(QStringList, flags);
+    QFETCH(QString, search);
+    QFETCH(QString, expected);
+
+    koReferenceFilterModel filter;
+    filter.setSourceModel(&m_model);
+    applyFlags(filter, flags);
+    filter.setSearchText(::search(search));
+    QCOMPARE(visibleNames(filter).join(QLatin1Char(' ')), expected);
+}
+
+void tst_koReferenceFilterModel::turningOffAnAbsentKeyStillRefilters()
+{
+    koCountingFilterModel filter;
+    filter.setSourceModel(&m_model);
+    filter.setFilterFlag(FilterOutOfDate, true, QString());
+    QCOMPARE(visibleNames(filter), QStringList{QStringLiteral("A")});
+    filter.setFilterFlag(FilterOutOfDate, false, QString());
+    QCOMPARE(visibleNames(filter).size(), 7);
+    filter.tests = 0;
+    filter.setFilterFlag(FilterMissing, false, QString());
+    QCOMPARE(visibleNames(filter).size(), 7);
+    QVERIFY(filter.tests >= m_model.rowCount());
+    filter.setFilterFlag(FilterFileType, true, QStringLiteral("osb"));
+    filter.setFilterFlag(FilterFileType, false, QStringLiteral("kpr"));
+    QCOMPARE(visibleNames(filter), QStringList{QStringLiteral("C")});
+    filter.setFilterFlag(FilterFileType, false, QStringLiteral("osb"));
+    QVERIFY(filter.isFilterEmpty());
+}
+
+void tst_koReferenceFilterModel::filterIsEmpty_data()
+{
+    QTest::addColumn<QStringList>("flags");
+    QTest::addColumn<QString>("search");
+    QTest::addColumn<bool>("empty");
+
+    QTest::newRow("nothing") << QStringList() << QString() << true;
+    QTest::newRow("a key") << QStringList{"7"} << QString() << false;
+    QTest::newRow("a suffix") << QStringList{"8:kpr"} << QString() << false;
+    QTest::newRow("a search") << QStringList() << "x" << false;
+}
+
+void tst_koReferenceFilterModel::filterIsEmpty()
+{
+    QFETCH(QStringList, flags);
+    QFETCH(QString, search);
+    QFETCH(bool, empty);
+
+    koReferenceFilterModel filter;
+    filter.setSourceModel(&m_model);
+    applyFlags(filter, flags);
+    filter.setSearchText(::search(search));
+    QCOMPARE(filter.isFilterEmpty(), empty);
+}
+
+void tst_koReferenceFilterModel::ancestorsOfMatchesStayVisible()
+{
+    koReferenceTreeModel graph;
+    graph.setHeader(koReferenceTreeModel::columnTitles());
+    graph.setRootItem(new koReferenceTreeRootItem(kodNode()));
+    koReferenceFilterModel filter;
+    filter.setRecursiveFilteringEnabled(true);
+    filter.setSourceModel(&graph);
+    filter.setSearchText(search(QStringLiteral("c.osb")));
+
+    QCOMPARE(filter.rowCount(), 1);
+    const QModelIndex project = filter.index(0, 0);
+    QCOMPARE(filter.rowCount(project), 1);
+    QCOMPARE(filter.index(0, 0, project).data(Qt::UserRole).value<kodNode>().getName(), QStringLiteral("C"));
+}
+
+void tst_koReferenceFilterModel::proxyStaysConsistentWhileFilteredAndReloaded()
+{
+    koReferenceTreeModel model;
+    model.setHeader(koReferenceTreeModel::columnTitles());
+    model.setRootItem(new koReferenceTreeRootItem(kodNode()));
+    koReferenceFilterModel filter;
+    filter.setRecursiveFilteringEnabled(true);
+    filter.setSourceModel(&model);
+    QAbstractItemModelTester sourceTester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QAbstractItemModelTester proxyTester(&filter, QAbstractItemModelTester::FailureReportingMode::QtTest);
+
+    filter.setFilterFlag(FilterMissing, true, QString());
+    model.reload();
+    filter.setSearchText(search(QStringLiteral("D")));
+    model.clear();
+    model.setRootItem(new koReferenceFlatModelItem(kodNode()));
+    model.reload();
+    QCOMPARE(visibleNames(filter), QStringList{QStringLiteral("D")});
+    filter.setFilterFlag(FilterMissing, false, QString());
+    filter.setSearchText(QRegExp());
+    model.clear();
+    model.setRootItem(new koReferenceTreeRootItem(kodNode()));
+    model.reload();
+    QCOMPARE(filter.rowCount(), 1);
+}
+
+QTEST_MAIN(tst_koReferenceFilterModel)
+#include "tst_koreferencefiltermodel.moc"

@@ -1,0 +1,243 @@
+#include "koReferenceFlatModelItem.h"
+#include "koReferenceModelItem.h"
+#include "koReferenceTreeModel.h"
+#include "koReferenceTreeRootItem.h"
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koNodeService.h>
+#include <kovis/koReferenceService.h>
+#include <kovis/koStyle.h>
+
+#include <QAbstractItemModelTester>
+#include <QFile>
+#include <QtTest>
+
+class tst_koReferenceTreeModel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void displayText_data();
+    void displayText();
+    void nonReferenceRowHasNoLabels();
+    void foregroundColour_data();
+    void foregroundColour();
+    void fileColumns_data();
+    void fileColumns();
+    void graphNestsReferencesSkippingOtherNodes();
+    void flatListHoldsEveryReferenceOnce();
+    void modelStaysConsistentThroughReloads();
+
+private:
+    kodReferenceNode loadReference(const QJsonObject& reference);
+
+    koTestHost m_host;
+};
+
+namespace {
+
+koReferenceService* references()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+}
+
+QString colored(const QColor& color, const QString& label)
+{
+    return QStringLiteral("<font color=\"%1\">%2</font>").arg(color.name(), label);
+}
+
+QString upToDate(const QString& label)
+{
+    return colored(koStyle::getReferenceUpToDateColor(), label);
+}
+
+QStringList rowTexts(const QAbstractItemModel& model, const QModelIndex& parent = QModelIndex())
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        const QString name = index.data(Qt::UserRole).value<kodNode>().getName();
+        const QStringList children = rowTexts(model, index);
+        texts.append(children.isEmpty() ? name : name + QLatin1Char('(') + children.join(QLatin1Char(',')) + QLatin1Char(')'));
+    }
+    return texts;
+}
+
+} // namespace
+
+// A model with the reference view's ten columns.
+struct ReferenceModel : koReferenceTreeModel
+{
+    explicit ReferenceModel(koModelItem* root)
+    {
+        setHeader(columnTitles());
+        setRootItem(root);
+    }
+};
+
+kodReferenceNode tst_koReferenceTreeModel::loadReference(const QJsonObject& reference)
+{
+    const QString project = m_host.writeProject(QStringLiteral("project.kpr"), {reference});
+    if (!koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project))
+        return kodReferenceNode();
+    return references()->getSceneReferences().value(1);
+}
+
+void tst_koReferenceTreeModel::displayText_data()
+{
+    QTest::addColumn<QJsonObject>("reference");
+    QTest::addColumn<QString>("setup");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("smart file named after the node shows its suffix")
+        << koTestHost::reference("Engine", "Engine.kpr", QString()) << QString() << "Engine [" + upToDate("kpr") + "]";
+    QTest::newRow("both links, missing source")
+        << koTestHost::reference("Engine", "Engine.kpr", "engine_v2.CATProduct") << QString()
+        << "Engine [" + upToDate("kpr") + " | " + colored(koStyle::getReferenceMissingColor(), "engine_v2.CATProduct") + "]";
+    QTest::newRow("only a source") << koTestHost::reference("Wheel", QString(), "rim.obj") << QString()
+                                   << "Wheel [" + upToDate("rim.obj") + "]";
+    QTest::newRow("smart file named otherwise")
+        << koTestHost::reference("Engine", "motor.kpr", QString()) << QString() << "Engine [" + upToDate("motor.kpr") + "]";
+    QTest::newRow("links without paths") << koTestHost::reference("Bare", "", "") << QString() << "Bare";
+    QTest::newRow("no links") << koTestHost::reference("Plain", QString(), QString()) << QString() << "Plain";
+    QTest::newRow("changed") << koTestHost::reference("Engine", "Engine.kpr", QString()) << "rename child"
+                             << "*Engine [" + upToDate("kpr") + "]";
+    QTest::newRow("out of date source")
+        << koTestHost::reference("Wheel", QString(), "rim.obj", {{"sourceImported", "2001-01-01T00:00:00Z"}})
+        << QString() << "Wheel [" + colored(koStyle::getReferenceOutOfDateColor(), "rim.obj") + "]";
+    QTest::newRow("locked wins over the state")
+        << koTestHost::reference("Engine", "Engine.kpr", "engine_v2.CATProduct", {{"locked", true}}) << QString()
+        << "Engine [" + colored(koStyle::getLockedItemColor(), "kpr") + " | "
+               + colored(koStyle::getLockedItemColor(), "engine_v2.CATProduct") + "]";
+    QTest::newRow("unsaved smart link") << koTestHost::reference("Wheel", QString(), "rim.obj") << "convert"
+                                        << "Wheel [" + upToDate("rim.obj") + "]";
+}
+
+void tst_koReferenceTreeModel::displayText()
+{
+    QFETCH(QJsonObject, reference);
+    QFETCH(QString, setup);
+    QFETCH(QString, expected);
+
+    m_host.writeProject(QStringLiteral("Engine.kpr"), {koTestHost::geometry("Block")});
+    m_host.writeProject(QStringLiteral("motor.kpr"), {koTestHost::geometry("Block")});
+    m_host.writeFile(QStringLiteral("rim.obj"), "o Rim\nf 1 1 1\n");
+    kodReferenceNode node = loadReference(reference);
+    QVERIFY(node.isValid());
+    if (setup == "rename child")
+        node.getChild(0).setName(QStringLiteral("Edited"));
+    if (setup == "convert")
+        references()->convertToSmartReference(node);
+
+    ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
+    const QModelIndex row = model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId())), 0);
+    QVERIFY(row.isValid());
+    QCOMPARE(row.data().toString(), expected);
+}
+
+void tst_koReferenceTreeModel::nonReferenceRowHasNoLabels()
+{
+    const kodNode group = koKernelServiceFactory::the()->getServiceOrNull<koNodeService>()->createGroupNode(kodNode(), "Frame");
+    ReferenceModel model(new koNodeModelItem(kodNode(group.getParent().getObjectId())));
+    const QModelIndex row = model.indexFromId(QVariant::fromValue(group), 0);
+    QVERIFY(row.isValid());
+    QVERIFY(row.data().toString().isEmpty());
+    QCOMPARE(row.data(Qt::ForegroundRole), QVariant());
+}
+
+void tst_koReferenceTreeModel::foregroundColour_data()
+{
+    QTest::addColumn<bool>("locked");
+    QTest::addColumn<bool>("visible");
+    QTest::addColumn<QVariant>("expected");
+
+    QTest::newRow("locked and hidden") << true << false << QVariant(koStyle::getLockedItemColor());
+    QTest::newRow("hidden") << false << false << QVariant(koStyle::getInactiveNodeColor());
+    QTest::newRow("locked") << true << true << QVariant(koStyle::getLockedItemColor());
+    QTest::newRow("plain") << false << true << QVariant();
+}
+
+void tst_koReferenceTreeModel::foregroundColour()
+{
+    QFETCH(bool, locked);
+    QFETCH(bool, visible);
+    QFETCH(QVariant, expected);
+
+    kodReferenceNode node = loadReference(koTestHost::reference("Part", QString(), QString(),
+                                                                {{"locked", locked}, {"visible", visible}}));
+    ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
+    QCOMPARE(model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId()))).data(Qt::ForegroundRole), expected);
+}
+
+void tst_koReferenceTreeModel::fileColumns_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("expected");
+
+    const QString date = QStringLiteral("2021.03.04 05:06");
+    QTest::newRow("instances") << int(koReferenceModelItem::InstancesColumn) << "2";
+    QTest::newRow("smart status") << int(koReferenceModelItem::SmartStatusColumn) << upToDate("Up to date");
+    QTest::newRow("smart date") << int(koReferenceModelItem::SmartModifiedColumn) << date;
+    QTest::newRow("smart location") << int(koReferenceModelItem::SmartLocationColumn) << "part.kpr";
+    QTest::newRow("source status") << int(koReferenceModelItem::SourceStatusColumn)
+                                   << colored(koStyle::getReferenceMissingColor(), "Missing");
+    QTest::newRow("source date") << int(koReferenceModelItem::SourceModifiedColumn) << "----";
+    QTest::newRow("source owner") << int(koReferenceModelItem::SourceOwnerColumn) << QString();
+    QTest::newRow("source location") << int(koReferenceModelItem::SourceLocationColumn) << "gone.obj";
+}
+
+void tst_koReferenceTreeModel::fileColumns()
+{
+    QFETCH(int, column);
+    QFETCH(QString, expected);
+
+    const QString smart = m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Block")});
+    koTestHost::setModified(smart, QDateTime(QDate(2021, 3, 4), QTime(5, 6, 7)));
+    QJsonObject clone = koTestHost::reference("Part", "part.kpr", "gone.obj");
+    clone.insert(QStringLiteral("instance"), QStringLiteral("p"));
+    m_host.writeProject(QStringLiteral("project.kpr"), {clone, clone});
+    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(m_host.path("project.kpr")));
+
+    ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
+    const bool location = column == koReferenceModelItem::SmartLocationColumn
+        || column == koReferenceModelItem::SourceLocationColumn;
+    QCOMPARE(model.index(1, column).data().toString(), location ? QDir::toNativeSeparators(m_host.path(expected)) : expected);
+    QCOMPARE(model.index(1, koReferenceModelItem::SmartOwnerColumn).data().toString(), QFileInfo(smart).owner());
+}
+
+void tst_koReferenceTreeModel::graphNestsReferencesSkippingOtherNodes()
+{
+    m_host.writeProject(QStringLiteral("inner.kpr"), {koTestHost::group("Holder", {koTestHost::reference("Deep", QString(), QString())})});
+    loadReference(koTestHost::reference("Outer", "inner.kpr", QString()));
+    ReferenceModel model(new koReferenceTreeRootItem(kodNode()));
+    QCOMPARE(rowTexts(model), QStringList{QStringLiteral("project(Outer(Deep))")});
+}
+
+void tst_koReferenceTreeModel::flatListHoldsEveryReferenceOnce()
+{
+    m_host.writeProject(QStringLiteral("inner.kpr"), {koTestHost::group("Holder", {koTestHost::reference("Deep", QString(), QString())})});
+    loadReference(koTestHost::reference("Outer", "inner.kpr", QString()));
+    ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
+    QCOMPARE(rowTexts(model), (QStringList{"project", "Outer", "Deep"}));
+    QCOMPARE(model.getRootItem()->getId(), QVariant(QStringLiteral("FlatModelRoot")));
+}
+
+void tst_koReferenceTreeModel::modelStaysConsistentThroughReloads()
+{
+    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    ReferenceModel model(nullptr);
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.setRootItem(new koReferenceTreeRootItem(kodNode()));
+    kodReferenceNode drivetrain = references()->getSceneReferences().at(11);
+    drivetrain.unload();
+    model.reload();
+    model.clear();
+    model.setRootItem(new koReferenceFlatModelItem(kodNode()));
+    model.reload();
+    QCOMPARE(model.rowCount(), references()->getSceneReferences().size());
+}
+
+QTEST_MAIN(tst_koReferenceTreeModel)
+#include "tst_koreferencetreemodel.moc"

@@ -2,24 +2,28 @@
 
 #include <QDir>
 
-namespace {
+#include <algorithm>
 
-quint64 placement(int nameId, int folderId)
+RepathFileIndex::RepathFileIndex(const QStringList& names)
+    : m_limited(true)
 {
-    return (quint64(quint32(nameId)) << 32) | quint32(folderId);
+    for (const QString& name : names)
+        m_names.insert(name, Name());
 }
-
-} // namespace
 
 void RepathFileIndex::insert(const QString& name, const QString& directory)
 {
-    const int nameCount = m_names.size();
-    Name& entry = m_names[name];
+    const auto kept = m_limited ? m_names.find(name) : m_names.end();
+    if (m_limited && kept == m_names.end())
+        return;
+    Name& entry = m_limited ? *kept : m_names[name];
+    const int folder = folderId(directory);
     if (entry.count++ == 0) {
-        entry.id = nameCount;
         entry.firstDirectory = directory;
+        entry.firstFolder = folder;
+    } else {
+        entry.otherFolders.insert(std::upper_bound(entry.otherFolders.begin(), entry.otherFolders.end(), folder), folder);
     }
-    m_placements.insert(placement(entry.id, folderId(directory)));
 }
 
 int RepathFileIndex::count(const QString& name) const
@@ -35,8 +39,10 @@ QString RepathFileIndex::firstDirectory(const QString& name) const
 bool RepathFileIndex::contains(const QString& name, const QString& folder) const
 {
     const auto entry = m_names.constFind(name);
-    const int folderId = m_folders.value(QDir::fromNativeSeparators(folder), -1);
-    return entry != m_names.constEnd() && folderId >= 0 && m_placements.contains(placement(entry->id, folderId));
+    const int id = m_folders.value(QDir::fromNativeSeparators(folder), -1);
+    if (entry == m_names.constEnd() || id < 0)
+        return false;
+    return entry->firstFolder == id || std::binary_search(entry->otherFolders.cbegin(), entry->otherFolders.cend(), id);
 }
 
 // A walk hands in the files of one directory in a row, so the last folder is remembered.

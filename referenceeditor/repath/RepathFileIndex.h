@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QHash>
-#include <QSet>
 #include <QString>
+#include <QStringList>
+#include <QVector>
 
 // The files below a folder by name, built by one walk and asked once per reference. Of the
 // files sharing a name, the first one added stays first, so that a tie goes to the file
@@ -10,6 +11,11 @@
 class RepathFileIndex
 {
 public:
+    RepathFileIndex() = default;
+    // Keeps only the files of these names, the only ones a run asks for, which on large trees
+    // spares most of the work and memory of the index.
+    explicit RepathFileIndex(const QStringList& names);
+
     void insert(const QString& name, const QString& directory);
 
     int count(const QString& name) const;
@@ -21,17 +27,18 @@ public:
 private:
     struct Name
     {
-        int id = -1;
         int count = 0;
         QString firstDirectory;
+        int firstFolder = -1;
+        // sorted
+        QVector<int> otherFolders;
     };
 
     int folderId(const QString& directory);
 
     QHash<QString, Name> m_names;
+    bool m_limited = false;
     QHash<QString, int> m_folders;
-    // (name id, folder id) of every file
-    QSet<quint64> m_placements;
     QString m_lastDirectory;
     int m_lastFolder = -1;
 };

@@ -115,6 +115,39 @@ bool isMissing(const kodReferenceNode& node, RepathTarget kind)
     return state == koReferenceTypes::Missing;
 }
 
+struct Link
+{
+    kodReferenceNode node;
+    RepathTarget kind;
+    QString oldPath;
+};
+
+// The links to repath: all sources, then all smart links, none without a path.
+QVector<Link> linksToRepath(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts)
+{
+    QVector<Link> links;
+    const auto add = [&](RepathTarget kind) {
+        for (const kodReferenceNode& node : nodes) {
+            const QString oldPath = linkPath(node, kind);
+            if (!oldPath.isEmpty() && (!missingOnly || isMissing(node, kind)))
+                links.append({node, kind, oldPath});
+        }
+    };
+    if (sources)
+        add(RepathTarget::Source);
+    if (smarts)
+        add(RepathTarget::Smart);
+    return links;
+}
+
+QStringList fileNames(const QVector<Link>& links)
+{
+    QStringList names;
+    for (const Link& link : links)
+        names.append(QFileInfo(link.oldPath).fileName());
+    return names;
+}
+
 } // namespace
 
 void buildFileIndex(RepathFileIndex& index, const QString& newDir)
@@ -159,25 +192,19 @@ void collectRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFo
                           const QList<kodReferenceNode>& nodes, bool searchSubdirs, bool missingOnly,
                           bool sources, bool smarts, const QString& newDir)
 {
-    RepathFileIndex index;
+    // The links are read first, pure queries of the scene, so that the index keeps only
+    // the names asked for.
+    const QVector<Link> links = linksToRepath(nodes, missingOnly, sources, smarts);
+    RepathFileIndex index(fileNames(links));
     if (searchSubdirs)
         buildFileIndex(index, newDir);
-    const auto collect = [&](RepathTarget kind) {
-        for (const kodReferenceNode& node : nodes) {
-            const QString oldPath = linkPath(node, kind);
-            if (oldPath.isEmpty() || (missingOnly && !isMissing(node, kind)))
-                continue;
-            const QString match = findRepathTarget(oldPath, newDir, searchSubdirs, index);
-            if (match.isEmpty())
-                notFound.append(new RepathEntry{node, kind, filePathIn(newDir, QFileInfo(oldPath).fileName())});
-            else
-                found.append(new RepathEntry{node, kind, match});
-        }
-    };
-    if (sources)
-        collect(RepathTarget::Source);
-    if (smarts)
-        collect(RepathTarget::Smart);
+    for (const Link& link : links) {
+        const QString match = findRepathTarget(link.oldPath, newDir, searchSubdirs, index);
+        if (match.isEmpty())
+            notFound.append(new RepathEntry{link.node, link.kind, filePathIn(newDir, QFileInfo(link.oldPath).fileName())});
+        else
+            found.append(new RepathEntry{link.node, link.kind, match});
+    }
 }
 
 void applyRepath(QList<RepathEntry*>& entries, RepathMode mode)

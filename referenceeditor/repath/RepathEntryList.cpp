@@ -1,0 +1,6 @@
+#include "RepathEntryList.h"
+
+RepathEntryList::~RepathEntryList()
+{
+    qDeleteAll(m_entries);
+}

@@ -1,0 +1,239 @@
+#include "koRepathEngine.h"
+
+#include "RepathTreeWalk.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+QFileInfo fileIn(const QString& folder, const QString& name)
+{
+    return QFileInfo(QDir(folder).filePath(name));
+}
+
+QString filePathIn(const QString& folder, const QString& name)
+{
+    return fileIn(folder, name).absoluteFilePath();
+}
+
+bool holds(const RepathFileIndex& index, const QString& name, const QFileInfo& trial)
+{
+    return index.contains(name, QDir::fromNativeSeparators(trial.absolutePath()));
+}
+
+// The tail walk as QString::arg reads it: a '%' followed by a digit in a folder name is a
+// placeholder too. Used where the plain walk below could differ.
+QString placeholderWalk(const QString& base, const QString& oldFolder, const QString& name,
+                        const RepathFileIndex& index)
+{
+    QString result;
+    QString pattern = base + QLatin1String("/%1");
+    const QStringList parts = oldFolder.split(QLatin1Char('/'));
+    for (auto part = parts.crbegin(); part != parts.crend(); ++part) {
+        const QFileInfo trial = fileIn(pattern.arg(*part), name);
+        if (holds(index, name, trial))
+            result = trial.absoluteFilePath();
+        pattern = pattern.arg(QLatin1String("%1/") + *part);
+    }
+    return result;
+}
+
+#ifdef Q_OS_WIN
+// QFileInfo puts the current drive in front of a path starting with a separator.
+bool isPlainPath(const QString&)
+{
+    return false;
+}
+#else
+// An absolute path below the root that QString::arg and QFileInfo take as it is: no '%' that
+// could be read as a placeholder, no empty, "." or ".." component (nor one starting with a dot).
+bool isPlainPath(const QString& path)
+{
+    if (path.size() < 2 || !path.startsWith(QLatin1Char('/')) || path.endsWith(QLatin1Char('/')))
+        return false;
+    for (int i = 0; i < path.size(); ++i) {
+        const QChar c = path.at(i);
+        const QChar next = i + 1 < path.size() ? path.at(i + 1) : QChar();
+        if (c == QLatin1Char('%') || (c == QLatin1Char('/') && (next == QLatin1Char('/') || next == QLatin1Char('.'))))
+            return false;
+    }
+    return true;
+}
+#endif
+
+bool isAscii(const QString& text)
+{
+    return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() - 1u < 0x7fu; });
+}
+
+// The same walk for plain paths, longest tail first, so the first hit wins. Each trial is
+// newDir joined with a tail of the old folder, already clean and absolute. The trial through
+// the empty root component is not clean, so QFileInfo re-encodes it; it repeats the next
+// trial unless the local 8-bit encoding changes a character, which ASCII rules out.
+QString plainWalk(const QString& base, const QString& oldFolder, const QString& name,
+                  const RepathFileIndex& index)
+{
+    if (!isAscii(base) || !isAscii(oldFolder)) {
+        const QFileInfo root = fileIn(base + QLatin1Char('/') + oldFolder, name);
+        if (holds(index, name, root))
+            return root.absoluteFilePath();
+    }
+    const QString prefix = base + QLatin1Char('/');
+    for (int slash = oldFolder.indexOf(QLatin1Char('/')); slash >= 0;
+         slash = oldFolder.indexOf(QLatin1Char('/'), slash + 1)) {
+        const QString folder = prefix + oldFolder.midRef(slash + 1);
+        if (index.contains(name, folder))
+            return folder + QLatin1Char('/') + name;
+    }
+    return QString();
+}
+
+// The file of the name in the folder below newDir that repeats the longest run of trailing
+// components of oldPath's folder; empty when no such folder holds one.
+QString tailMatch(const QString& oldPath, const QString& newDir, const QString& name,
+                  const RepathFileIndex& index)
+{
+    const QString base = QDir::fromNativeSeparators(newDir);
+    const int slash = oldPath.lastIndexOf(QLatin1Char('/'));
+    if (slash > 0 && isPlainPath(base) && isPlainPath(oldPath) && !name.startsWith(QLatin1Char(':')))
+        return plainWalk(base, oldPath.left(slash), name, index);
+    return placeholderWalk(base, QDir::fromNativeSeparators(QFileInfo(oldPath).absolutePath()), name, index);
+}
+
+QString linkPath(const kodReferenceNode& node, RepathTarget kind)
+{
+    return kind == RepathTarget::Source ? node.getSourcePath() : node.getSmartPath();
+}
+
+bool isMissing(const kodReferenceNode& node, RepathTarget kind)
+{
+    const koReferenceTypes::FileState state =
+        kind == RepathTarget::Source ? node.getSourceFileState() : node.getSmartFileState();
+    return state == koReferenceTypes::Missing;
+}
+
+struct Link
+{
+    kodReferenceNode node;
+    RepathTarget kind;
+    QString oldPath;
+};
+
+// The links to repath: all sources, then all smart links, none without a path.
+QVector<Link> linksToRepath(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts)
+{
+    QVector<Link> links;
+    const auto add = [&](RepathTarget kind) {
+        for (const kodReferenceNode& node : nodes) {
+            const QString oldPath = linkPath(node, kind);
+            if (!oldPath.isEmpty() && (!missingOnly || isMissing(node, kind)))
+                links.append({node, kind, oldPath});
+        }
+    };
+    if (sources)
+        add(RepathTarget::Source);
+    if (smarts)
+        add(RepathTarget::Smart);
+    return links;
+}
+
+QStringList fileNames(const QVector<Link>& links)
+{
+    QStringList names;
+    for (const Link& link : links)
+        names.append(QFileInfo(link.oldPath).fileName());
+    return names;
+}
+
+} // namespace
+
+void buildFileIndex(RepathFileIndex& index, const QString& newDir)
+{
+    RepathTreeWalk walk(newDir);
+    // The files of a folder come in a row and share its absolute path.
+    QString folder;
+    QString absoluteFolder;
+    while (walk.next()) {
+        const QString path = walk.filePath();
+        const int slash = path.lastIndexOf(QLatin1Char('/'));
+        if (folder.isNull() || path.leftRef(slash) != folder) {
+            folder = path.left(slash);
+            absoluteFolder = QFileInfo(path).absolutePath();
+        }
+        index.insert(path.mid(slash + 1), absoluteFolder);
+    }
+}
+
+QString findRepathTarget(const QString& oldPath, const QString& newDir, bool searchSubdirs,
+                         const RepathFileIndex& index)
+{
+    const QString name = QFileInfo(oldPath).fileName();
+    if (name.isEmpty())
+        return QString();
+    if (!searchSubdirs) {
+        const QFileInfo candidate = fileIn(newDir, name);
+        return candidate.exists() ? candidate.absoluteFilePath() : QString();
+    }
+    const int count = index.count(name);
+    if (count == 0)
+        return QString();
+    if (count > 1) {
+        const QString match = tailMatch(oldPath, newDir, name, index);
+        if (!match.isEmpty())
+            return match;
+    }
+    return filePathIn(index.firstDirectory(name), name);
+}
+
+void collectRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound,
+                          const QList<kodReferenceNode>& nodes, bool searchSubdirs, bool missingOnly,
+                          bool sources, bool smarts, const QString& newDir)
+{
+    // The links are read first, pure queries of the scene, so that the index keeps only
+    // the names asked for.
+    const QVector<Link> links = linksToRepath(nodes, missingOnly, sources, smarts);
+    RepathFileIndex index(fileNames(links));
+    if (searchSubdirs)
+        buildFileIndex(index, newDir);
+    for (const Link& link : links) {
+        const QString match = findRepathTarget(link.oldPath, newDir, searchSubdirs, index);
+        if (match.isEmpty())
+            notFound.append(new RepathEntry{link.node, link.kind, filePathIn(newDir, QFileInfo(link.oldPath).fileName())});
+        else
+            found.append(new RepathEntry{link.node, link.kind, match});
+    }
+}
+
+void applyRepath(QList<RepathEntry*>& entries, RepathMode mode)
+{
+    for (RepathEntry* entry : entries) {
+        const QString path = QDir::toNativeSeparators(entry->path);
+        switch (mode) {
+        case RepathMode::SourcesOnly:
+            entry->node.setSourcePath(path);
+            break;
+        case RepathMode::SmartsOnly:
+            entry->node.setSmartPath(path);
+            break;
+        case RepathMode::Both:
+            if (entry->kind == RepathTarget::Source)
+                entry->node.setSourcePath(path);
+            else if (entry->kind == RepathTarget::Smart)
+                entry->node.setSmartPath(path);
+            break;
+        }
+    }
+}
+
+QStringList failedPaths(const QList<RepathEntry*>& notFound)
+{
+    QStringList paths;
+    for (const RepathEntry* entry : notFound) {
+        if (entry->kind == RepathTarget::Source || entry->kind == RepathTarget::Smart)
+            paths.append(linkPath(entry->node, entry->kind));
+    }
+    return paths;
+}

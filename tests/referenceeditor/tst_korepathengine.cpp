@@ -1,0 +1,286 @@
+#include "koTestHost.h"
+
+#include <RepathEntryList.h>
+#include <koRepathEngine.h>
+
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koReferenceService.h>
+
+#include <QDirIterator>
+#include <QScopeGuard>
+#include <QTextCodec>
+#include <QtTest>
+
+namespace {
+
+const QString newFolder = QStringLiteral("new");
+
+// Links are given as "link>target", both below the new folder.
+void makeTree(const koTestHost& host, const QStringList& files, const QStringList& links = {})
+{
+    QDir().mkpath(host.path(newFolder));
+    for (const QString& file : files)
+        host.writeFile(newFolder + QLatin1Char('/') + file, "x");
+    for (const QString& link : links) {
+        const QString target = host.path(newFolder + QLatin1Char('/') + link.section(QLatin1Char('>'), 1));
+        QVERIFY(QFile::link(target, host.path(newFolder + QLatin1Char('/') + link.section(QLatin1Char('>'), 0, 0))));
+    }
+}
+
+QString firstMet(const QString& folder, const QString& name)
+{
+    QDirIterator it(folder, QDir::Files | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        it.next();
+        if (it.fileName() == name)
+            return it.fileInfo().absoluteFilePath();
+    }
+    return QString();
+}
+
+// A reference whose links are "" (none) or paths below the host folder "old".
+kodReferenceNode makeReference(const koTestHost& host, const QString& source, const QString& smart)
+{
+    kodReferenceNode node = koService<koReferenceService>()->createReference(kodNode());
+    if (!source.isEmpty())
+        node.setSourcePath(host.path(QLatin1String("old/") + source));
+    if (!smart.isEmpty())
+        node.setSmartPath(host.path(QLatin1String("old/") + smart));
+    return node;
+}
+
+// "node kind path", the path relative to the new folder
+QStringList describe(const QList<RepathEntry*>& entries, const QList<kodReferenceNode>& nodes, const QString& newDir)
+{
+    QStringList lines;
+    for (const RepathEntry* entry : entries) {
+        lines.append(QStringLiteral("%1 %2 %3")
+                         .arg(nodes.indexOf(entry->node))
+                         .arg(entry->kind == RepathTarget::Source ? QLatin1String("source") : QLatin1String("smart"))
+                         .arg(QDir(newDir).relativeFilePath(entry->path)));
+    }
+    return lines;
+}
+
+} // namespace
+
+class tst_koRepathEngine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void findTarget_data();
+    void findTarget();
+    void tailWalk_data();
+    void tailWalk();
+    void collect_data();
+    void collect();
+    void apply_data();
+    void apply();
+    void failedPathsReadTheNodesAgain();
+};
+
+void tst_koRepathEngine::findTarget_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QStringList>("links");
+    QTest::addColumn<QString>("newDir");
+    QTest::addColumn<QString>("oldPath");
+    QTest::addColumn<bool>("subdirs");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<bool>("firstMet");
+
+    const QStringList none;
+    QTest::newRow("longest tail wins") << QStringList{"a/f", "parts/a/f", "other/f"} << none << "" << "/X/proj/parts/a/f" << true << "parts/a/f" << false;
+    QTest::newRow("tail beats a copy in the new folder") << QStringList{"f", "a/f"} << none << "" << "/X/a/f" << true << "a/f" << false;
+    QTest::newRow("only file anywhere") << QStringList{"deep/er/f"} << none << "" << "/X/y/f" << true << "deep/er/f" << false;
+    QTest::newRow("no tail: first met") << QStringList{"p/f", "q/f", "r/f"} << none << "" << "/X/z/f" << true << "" << true;
+    QTest::newRow("no tail, copy in new folder: first met") << QStringList{"f", "p/f", "q/f"} << none << "" << "/X/z/f" << true << "" << true;
+    QTest::newRow("no sub-folders: top only") << QStringList{"f", "sub/f"} << none << "" << "/X/sub/f" << false << "f" << false;
+    QTest::newRow("no sub-folders: nothing on top") << QStringList{"sub/f"} << none << "" << "/X/sub/f" << false << "" << false;
+    QTest::newRow("letter case differs") << QStringList{"F", "a/F"} << none << "" << "/X/a/f" << true << "" << false;
+    QTest::newRow("path ends in a separator") << QStringList{"dir/f"} << none << "" << "/X/dir/" << true << "" << false;
+    QTest::newRow("spaces and umlauts") << QStringList{"Bau teile/Schraube ü.stp", "Andere Teile/Schraube ü.stp"} << none << ""
+                                       << "/Alt/Bau teile/Schraube ü.stp" << true << "Bau teile/Schraube ü.stp" << false;
+    QTest::newRow("new folder not clean") << QStringList{"a/f", "b/f"} << none << "/b/../" << "/X/a/f" << true << "a/f" << false;
+    QTest::newRow("link loop is not followed") << QStringList{"a/f", "b/f"} << QStringList{"a/loop>", "b/up>b"} << "" << "/X/b/f" << true << "b/f" << false;
+}
+
+void tst_koRepathEngine::findTarget()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QStringList, links);
+    QFETCH(QString, newDir);
+    QFETCH(QString, oldPath);
+    QFETCH(bool, subdirs);
+    QFETCH(QString, expected);
+    QFETCH(bool, firstMet);
+
+    const koTestHost host;
+    makeTree(host, files, links);
+    const QString base = host.path(newFolder);
+    RepathFileIndex index;
+    if (subdirs)
+        buildFileIndex(index, base + newDir);
+    if (firstMet)
+        expected = ::firstMet(base, QFileInfo(oldPath).fileName());
+    else if (!expected.isEmpty())
+        expected = QDir(base).filePath(expected);
+    QCOMPARE(findRepathTarget(oldPath, base + newDir, subdirs, index), expected);
+}
+
+void tst_koRepathEngine::tailWalk_data()
+{
+    // folders holding a file "f", in the order the walk met them
+    QTest::addColumn<QStringList>("folders");
+    QTest::addColumn<QString>("newDir");
+    QTest::addColumn<QString>("oldPath");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QByteArray>("localeCodec");
+
+    QTest::newRow("no tail: first one met") << QStringList{"/n/q", "/n", "/n/p"} << "/n" << "/x/z/f" << "/n/q/f" << QByteArray();
+    QTest::newRow("file at the root tries the new folder") << QStringList{"/n/p", "/n"} << "/n" << "/f" << "/n/f" << QByteArray();
+    QTest::newRow("umlauts") << QStringList{"/n/ü", "/n/a/ü", "/n/b"} << "/n" << "/x/a/ü/f" << "/n/a/ü/f" << QByteArray();
+    QTest::newRow("new folder not clean") << QStringList{"/n/b", "/n/a"} << "/n/b/.." << "/x/a/f" << "/n/a/f" << QByteArray();
+    // QFileInfo cleans the trial through the root component in the local 8-bit encoding.
+    QTest::newRow("root trial re-encoded") << QStringList{"/n/q", "/n/x/?"} << "/n" << "/x/\u03a9/f" << "/n/x/?/f" << QByteArray("ISO-8859-1");
+    // QString::arg reads "%1" in an old folder as a placeholder and fills it in later.
+    QTest::newRow("percent sign in the old folder") << QStringList{"/n/a", "/n/X/50X/a"} << "/n" << "/X/50%1/a/f" << "/n/X/50X/a/f" << QByteArray();
+}
+
+void tst_koRepathEngine::tailWalk()
+{
+    QFETCH(QStringList, folders);
+    QFETCH(QString, newDir);
+    QFETCH(QString, oldPath);
+    QFETCH(QString, expected);
+    QFETCH(QByteArray, localeCodec);
+
+    QTextCodec* const codec = QTextCodec::codecForLocale();
+    const auto restoreCodec = qScopeGuard([codec] { QTextCodec::setCodecForLocale(codec); });
+    if (!localeCodec.isEmpty())
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(localeCodec));
+    RepathFileIndex index;
+    for (const QString& folder : folders)
+        index.insert(QStringLiteral("f"), folder);
+    QCOMPARE(findRepathTarget(oldPath, newDir, true, index), expected);
+}
+
+void tst_koRepathEngine::collect_data()
+{
+    QTest::addColumn<QStringList>("sourcePaths");
+    QTest::addColumn<QStringList>("smartPaths");
+    QTest::addColumn<QStringList>("existing");
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<bool>("subdirs");
+    QTest::addColumn<bool>("missingOnly");
+    QTest::addColumn<bool>("sources");
+    QTest::addColumn<bool>("smarts");
+    QTest::addColumn<QStringList>("found");
+    QTest::addColumn<QStringList>("notFound");
+
+    QTest::newRow("sources before smarts")
+        << QStringList{"p/a.obj", "q/b.obj"} << QStringList{"p/a.kpr", "q/b.kpr"} << QStringList() << QStringList{"p/a.obj", "q/b.obj", "p/a.kpr", "x/b.kpr", "q/a.kpr"}
+        << true << false << true << true
+        << QStringList{"0 source p/a.obj", "1 source q/b.obj", "0 smart p/a.kpr", "1 smart x/b.kpr"} << QStringList();
+    QTest::newRow("not found: the name in the new folder")
+        << QStringList{"gone/z.obj", "p/a.obj"} << QStringList{"", "gone/z.kpr"} << QStringList() << QStringList{"p/a.obj"}
+        << true << false << true << true
+        << QStringList{"1 source p/a.obj"} << QStringList{"0 source z.obj", "1 smart z.kpr"};
+    QTest::newRow("missing only keeps files that are there")
+        << QStringList{"x/a.obj", "x/b.obj"} << QStringList{"x/a.kpr", "x/b.kpr"} << QStringList{"x/a.obj", "x/b.kpr"} << QStringList{"x/a.obj", "x/b.obj", "x/a.kpr", "x/b.kpr"}
+        << true << true << true << true
+        << QStringList{"1 source x/b.obj", "0 smart x/a.kpr"} << QStringList();
+    QTest::newRow("empty link skipped per link")
+        << QStringList{"", "s/d.obj"} << QStringList{"s/c.kpr", ""} << QStringList() << QStringList{"s/c.kpr", "s/d.obj"}
+        << true << false << true << true
+        << QStringList{"1 source s/d.obj", "0 smart s/c.kpr"} << QStringList();
+    QTest::newRow("smarts only")
+        << QStringList{"s/d.obj"} << QStringList{"s/d.kpr"} << QStringList() << QStringList{"s/d.obj"}
+        << true << false << false << true
+        << QStringList() << QStringList{"0 smart d.kpr"};
+    QTest::newRow("without sub-folders")
+        << QStringList{"p/a.obj", "p/b.obj"} << QStringList{"", ""} << QStringList() << QStringList{"a.obj", "p/a.obj", "p/b.obj"}
+        << false << false << true << true
+        << QStringList{"0 source a.obj"} << QStringList{"1 source b.obj"};
+}
+
+void tst_koRepathEngine::collect()
+{
+    QFETCH(QStringList, sourcePaths);
+    QFETCH(QStringList, smartPaths);
+    QFETCH(QStringList, existing);
+    QFETCH(QStringList, files);
+    QFETCH(bool, subdirs);
+    QFETCH(bool, missingOnly);
+    QFETCH(bool, sources);
+    QFETCH(bool, smarts);
+    QFETCH(QStringList, found);
+    QFETCH(QStringList, notFound);
+
+    const koTestHost host;
+    makeTree(host, files);
+    for (const QString& file : existing)
+        host.writeFile(QLatin1String("old/") + file, "x");
+    QList<kodReferenceNode> nodes;
+    for (int i = 0; i < sourcePaths.size(); ++i)
+        nodes.append(makeReference(host, sourcePaths.at(i), smartPaths.at(i)));
+
+    RepathEntryList foundEntries;
+    RepathEntryList notFoundEntries;
+    const QString newDir = host.path(newFolder);
+    collectRepathEntries(foundEntries, notFoundEntries, nodes, subdirs, missingOnly, sources, smarts, newDir);
+    QCOMPARE(describe(foundEntries, nodes, newDir), found);
+    QCOMPARE(describe(notFoundEntries, nodes, newDir), notFound);
+}
+
+void tst_koRepathEngine::apply_data()
+{
+    QTest::addColumn<int>("mode");
+    // source and smart path of the first node, then of the second
+    QTest::addColumn<QStringList>("paths");
+
+    QTest::newRow("sources only, whatever the kind") << int(RepathMode::SourcesOnly) << QStringList{"c", "a.kpr", "b", "b.kpr"};
+    QTest::newRow("smarts only, whatever the kind") << int(RepathMode::SmartsOnly) << QStringList{"a.obj", "c", "b.obj", "b"};
+    QTest::newRow("both, by kind") << int(RepathMode::Both) << QStringList{"a", "a.kpr", "b.obj", "b"};
+    QTest::newRow("unknown mode") << 3 << QStringList{"a.obj", "a.kpr", "b.obj", "b.kpr"};
+}
+
+void tst_koRepathEngine::apply()
+{
+    QFETCH(int, mode);
+    QFETCH(QStringList, paths);
+
+    const koTestHost host;
+    const QList<kodReferenceNode> nodes{makeReference(host, "a.obj", "a.kpr"), makeReference(host, "b.obj", "b.kpr")};
+    const QString folder = host.path(QStringLiteral("old"));
+    RepathEntryList entries;
+    QList<RepathEntry*>& list = entries;
+    list << new RepathEntry{nodes.at(0), RepathTarget::Source, folder + "/a"}
+         << new RepathEntry{nodes.at(1), RepathTarget::Smart, folder + "/b"}
+         << new RepathEntry{nodes.at(0), RepathTarget(7), folder + "/c"};
+    applyRepath(entries, RepathMode(mode));
+
+    QStringList actual;
+    for (const kodReferenceNode& node : nodes)
+        actual << QDir(folder).relativeFilePath(node.getSourcePath()) << QDir(folder).relativeFilePath(node.getSmartPath());
+    QCOMPARE(actual, paths);
+}
+
+void tst_koRepathEngine::failedPathsReadTheNodesAgain()
+{
+    const koTestHost host;
+    makeTree(host, {});
+    kodReferenceNode node = makeReference(host, "gone/a.obj", "gone/a.kpr");
+    RepathEntryList found;
+    RepathEntryList notFound;
+    collectRepathEntries(found, notFound, {node}, true, false, true, true, host.path(newFolder));
+    QList<RepathEntry*>& list = notFound;
+    list.append(new RepathEntry{node, RepathTarget(7), QString()});
+    node.setSourcePath(host.path(QStringLiteral("moved/a.obj")));
+
+    QCOMPARE(failedPaths(notFound), (QStringList{host.path("moved/a.obj"), host.path("old/gone/a.kpr")}));
+}
+
+QTEST_GUILESS_MAIN(tst_koRepathEngine)
+#include "tst_korepathengine.moc"

@@ -94,27 +94,7 @@ void koReferenceFilterModel::setSearchText(const QRegExp& expression)
 // persistent index per range, and a fully expanded view holds thousands of them.
 void koReferenceFilterModel::refilter()
 {
-    m_decisions.clear();
     invalidate();
-}
-
-void koReferenceFilterModel::setSourceModel(QAbstractItemModel* sourceModel)
-{
-    if (QAbstractItemModel* previous = this->sourceModel())
-        disconnect(previous, nullptr, this, nullptr);
-    m_decisions.clear();
-    // Connected before the base class connects, so that the answers are forgotten
-    // before the proxy asks again about changed rows.
-    if (sourceModel) {
-        const auto forget = [this] { m_decisions.clear(); };
-        connect(sourceModel, &QAbstractItemModel::dataChanged, this, forget);
-        connect(sourceModel, &QAbstractItemModel::layoutAboutToBeChanged, this, forget);
-        connect(sourceModel, &QAbstractItemModel::modelAboutToBeReset, this, forget);
-        connect(sourceModel, &QAbstractItemModel::rowsAboutToBeRemoved, this, forget);
-        connect(sourceModel, &QAbstractItemModel::rowsAboutToBeMoved, this, forget);
-        connect(sourceModel, &QAbstractItemModel::rowsInserted, this, forget);
-    }
-    QSortFilterProxyModel::setSourceModel(sourceModel);
 }
 
 bool koReferenceFilterModel::isFilterEmpty() const
@@ -123,17 +103,6 @@ bool koReferenceFilterModel::isFilterEmpty() const
 }
 
 bool koReferenceFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
-{
-    const QPair<quintptr, int> row(sourceModel()->index(sourceRow, 0, sourceParent).internalId(), sourceRow);
-    const auto known = m_decisions.constFind(row);
-    if (known != m_decisions.constEnd())
-        return known.value();
-    const bool accepted = decide(sourceRow, sourceParent);
-    m_decisions.insert(row, accepted);
-    return accepted;
-}
-
-bool koReferenceFilterModel::decide(int sourceRow, const QModelIndex& sourceParent) const
 {
     if (!m_search.isEmpty() && !matchesSearch(sourceRow, sourceParent))
         return false;

@@ -2,8 +2,6 @@
 
 #include "koTextMatcher.h"
 
-#include <QHash>
-#include <QPair>
 #include <QRegExp>
 #include <QSortFilterProxyModel>
 
@@ -39,20 +37,14 @@ public:
     // No search text and no filter key.
     bool isFilterEmpty() const;
 
-    void setSourceModel(QAbstractItemModel* sourceModel) override;
-
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
 
 private:
-    bool decide(int sourceRow, const QModelIndex& sourceParent) const;
     bool matchesSearch(int sourceRow, const QModelIndex& sourceParent) const;
     bool passesFlags(int sourceRow, const QModelIndex& sourceParent) const;
     void refilter();
 
     std::map<int, std::set<QString>> m_flags;
     koTextMatcher m_search;
-    // While Qt maps a parent it asks again about rows it asked about for the rows
-    // above; the answers hold until the filter or the source changes.
-    mutable QHash<QPair<quintptr, int>, bool> m_decisions;
 };

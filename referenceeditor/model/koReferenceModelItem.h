@@ -30,6 +30,9 @@ public:
 
     QVariant data(int column, int role) const override;
     void reload() override;
+    // References are not moved by dragging their rows; views ask for every row.
+    bool getDragEnabled() const override { return false; }
+    bool getDropEnabled() const override { return false; }
     QList<koModelItem*> createChildList() override;
 
     // The reference's name with its file labels.

@@ -1,6 +1,7 @@
 #include "koMainWindow.h"
 
 #include "koReferenceEngine.h"
+#include "koPreferencesDialog.h"
 #include "koSceneTreeModel.h"
 #include "koSceneTreeView.h"
 
@@ -99,6 +100,11 @@ void koMainWindow::createEditMenu()
     redo->setShortcut(QKeySequence::Redo);
     edit->addAction(undo);
     edit->addAction(redo);
+    edit->addSeparator();
+    edit->addAction(tr("&Preferences..."), this, [this] {
+        koPreferencesDialog dialog(this);
+        dialog.exec();
+    }, QKeySequence::Preferences);
 }
 
 QMenu* koMainWindow::groupMenu(const QString& group)

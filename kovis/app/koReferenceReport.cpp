@@ -1,5 +1,7 @@
 #include "koReferenceReport.h"
 
+#include "koFileStateText.h"
+
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
@@ -9,23 +11,6 @@
 #include <QFileInfo>
 
 namespace {
-
-QString stateText(koReferenceTypes::FileState state)
-{
-    switch (state) {
-    case koReferenceTypes::UpToDate:
-        return koReferenceReport::tr("Up to date");
-    case koReferenceTypes::OutOfDate:
-        return koReferenceReport::tr("Out of date");
-    case koReferenceTypes::Missing:
-        return koReferenceReport::tr("Missing");
-    case koReferenceTypes::Unsaved:
-        return koReferenceReport::tr("Unsaved");
-    case koReferenceTypes::NoFile:
-        break;
-    }
-    return QStringLiteral("-");
-}
 
 QString placeOf(const kodNode& node)
 {
@@ -65,8 +50,8 @@ int koReferenceReport::run(const QString& project, bool check, QTextStream& out,
         const auto sourceState = reference.getSourceFileState();
         missing += (smartState == koReferenceTypes::Missing) + (sourceState == koReferenceTypes::Missing);
         out << placeOf(reference) << '\t' << shownPath(reference.getSmartPath(), folder) << '\t'
-            << stateText(smartState) << '\t' << shownPath(reference.getSourcePath(), folder) << '\t'
-            << stateText(sourceState) << '\n';
+            << koFileStateText::state(smartState, QStringLiteral("-")) << '\t' << shownPath(reference.getSourcePath(), folder) << '\t'
+            << koFileStateText::state(sourceState, QStringLiteral("-")) << '\n';
     }
     out.flush();
     if (!check)

@@ -1,6 +1,9 @@
 #include "koSceneTreeService.h"
 
+#include "koNodeInformation.h"
 #include "koSceneTreeView.h"
+
+#include <kovis/koNodeInfoDialog.h>
 
 koSceneTreeService::koSceneTreeService(koSceneTreeView* view, QObject* parent)
     : koTreeService(parent)
@@ -26,4 +29,14 @@ void koSceneTreeService::refresh(bool full)
     koTreeService::refresh(full);
     if (m_view)
         m_view->viewport()->update();
+}
+
+void koSceneTreeService::showNodeInfo(const QList<kodNode>& nodes)
+{
+    koTreeService::showNodeInfo(nodes);
+    koNodeInfoDialog dialog(m_view ? m_view->window() : nullptr);
+    dialog.setWindowTitle(tr("Node Information"));
+    for (const kodNode& node : nodes)
+        koNodeInformation::describe(node, dialog);
+    dialog.exec();
 }

@@ -16,6 +16,7 @@ public:
 
     void scrollToNode(unsigned id) override;
     void refresh(bool full) override;
+    void showNodeInfo(const QList<kodNode>& nodes) override;
 
 private:
     QPointer<koSceneTreeView> m_view;

@@ -1,0 +1,51 @@
+#include "koNodeInformation.h"
+
+#include "koFileStateText.h"
+
+#include <kovis/koNodeInfoDialog.h>
+#include <kovis/kodReferenceNode.h>
+
+#include <QDir>
+
+namespace {
+
+QString placeOf(const kodNode& node)
+{
+    QStringList names;
+    for (kodNode current = node.getParent(); current.isValid(); current = current.getParent())
+        names.prepend(current.getName());
+    return names.join(QLatin1Char('/'));
+}
+
+void describeFile(koNodeInfoDialog& dialog, const QString& kind, const QString& path, koReferenceTypes::FileState state,
+                  const QDateTime& modified, const QString& owner)
+{
+    dialog.addInfo(kind, path.isEmpty() ? koNodeInformation::tr("None") : QDir::toNativeSeparators(path));
+    dialog.addInfo(koNodeInformation::tr("State"), koFileStateText::state(state, koNodeInformation::tr("None")));
+    dialog.addInfo(koNodeInformation::tr("Modified"), koFileStateText::date(modified));
+    dialog.addInfo(koNodeInformation::tr("Owner"), owner);
+}
+
+} // namespace
+
+void koNodeInformation::describe(const kodNode& node, koNodeInfoDialog& dialog)
+{
+    if (!node.isValid())
+        return;
+    dialog.addSection(node.getName());
+    dialog.addInfo(tr("Place"), placeOf(node));
+    dialog.addInfo(tr("Children"), QString::number(node.getChildCount()));
+    dialog.addInfo(tr("Visible"), node.isVisible() ? tr("Yes") : tr("No"));
+    dialog.addInfo(tr("Locked"), node.isLocked() ? tr("Yes") : tr("No"));
+    dialog.addInfo(tr("Instances"), QString::number(node.getRefCount()));
+    if (!node.isTypeOf(kodReferenceNode::staticMetaObject))
+        return;
+    const kodReferenceNode reference(node.getObjectId());
+    dialog.addInfo(tr("Loaded"), reference.isLoaded() ? tr("Yes") : tr("No"));
+    dialog.addInfo(tr("Changed"), reference.isSelfOrSubReferenceChanged() ? tr("Yes") : tr("No"));
+    describeFile(dialog, tr("Smart file"), reference.getSmartPath(), reference.getSmartFileState(),
+                 reference.getSmartLastModified(), reference.getSmartOwner());
+    describeFile(dialog, tr("Source file"), reference.getSourcePath(), reference.getSourceFileState(),
+                 reference.getSourceLastModified(), reference.getSourceOwner());
+    dialog.addInfo(tr("Imported"), koFileStateText::date(reference.getSourceImportDate()));
+}

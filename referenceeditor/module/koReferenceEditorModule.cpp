@@ -4,12 +4,14 @@
 #include "koReferenceFilterModel.h"
 #include "koReferenceFlatModelItem.h"
 #include "koReferenceModelItem.h"
+#include "koReferenceRepathFlow.h"
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koHeaderView.h>
 #include <kovis/koIconManager.h>
+#include <kovis/koInternalUiService.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koMainWindowService.h>
 #include <kovis/koNodeBasedSelectionModel.h>
@@ -187,12 +189,30 @@ void koReferenceEditorModule::connectHost()
     connect(references, &koReferenceService::updateMonitoringChanged, this, &koReferenceEditorModule::scheduleReload);
     connect(references, &koReferenceService::referencesChanged, this, &koReferenceEditorModule::scheduleReload);
     connect(references, &koReferenceService::referenceCreated, this, &koReferenceEditorModule::onReferenceCreated);
+    connectRepathRequests();
     auto* fileIO = service<koFileIOService>();
     connect(fileIO, &koFileIOService::projectLoad, this, [this] { m_projectLoading = true; });
     connect(fileIO, &koFileIOService::projectLoadFinished, this, [this] {
         m_projectLoading = false;
         scheduleReload();
     });
+}
+
+void koReferenceEditorModule::connectRepathRequests()
+{
+    auto* ui = service<koInternalUiService>();
+    connect(ui, &koInternalUiService::requestUiRepathReferences, this,
+            [this](const QList<kodReferenceNode>& nodes) { repathReferences(nodes, true, true); });
+    connect(ui, &koInternalUiService::requestUiRepathSmarts, this,
+            [this](const QList<kodReferenceNode>& nodes) { repathReferences(nodes, false, true); });
+    connect(ui, &koInternalUiService::requestUiRepathSources, this,
+            [this](const QList<kodReferenceNode>& nodes) { repathReferences(nodes, true, false); });
+}
+
+void koReferenceEditorModule::repathReferences(const QList<kodReferenceNode>& nodes, bool sources, bool smarts)
+{
+    if (koReferenceRepathFlow::run(this, nodes, sources, smarts))
+        scheduleReload();
 }
 
 void koReferenceEditorModule::scheduleReload()

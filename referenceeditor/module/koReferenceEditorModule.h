@@ -43,6 +43,9 @@ public:
     // Selects each reference with everything below it; the last one's subtree stays.
     void selectSubtree(const QList<kodReferenceNode>& references);
     void expandToSliderDepth(int value);
+    // Points the sources, the smart links or both of the references at their files in
+    // a folder the user picks.
+    void repathReferences(const QList<kodReferenceNode>& nodes, bool sources, bool smarts);
 
     koReferenceTreeModel* referenceModel() const { return m_model.get(); }
     koReferenceFilterModel* filterModel() const { return m_filterModel; }
@@ -62,6 +65,7 @@ private:
     void setUpListMode();
     void registerModule();
     void connectHost();
+    void connectRepathRequests();
     void reloadModel();
     void onReferenceCreated(const kodReferenceNode& reference);
     void scrollToFirstSelected();

@@ -14,6 +14,8 @@ public:
 
     operator QList<RepathEntry*>&() { return m_entries; }
     operator const QList<RepathEntry*>&() const { return m_entries; }
+    int size() const { return m_entries.size(); }
+    bool isEmpty() const { return m_entries.isEmpty(); }
 
 private:
     Q_DISABLE_COPY(RepathEntryList)

@@ -1,0 +1,292 @@
+#include "koDialogDriver.h"
+#include "koReferenceEditorModule.h"
+#include "koReferenceRePathDialogI.h"
+#include "koReferenceRePathSummaryI.h"
+#include "koReferenceTreeModel.h"
+#include "koScriptedFileDialog.h"
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koInternalUiService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koReferenceService.h>
+#include <kovis/koUndoStack.h>
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QStringListModel>
+#include <QtTest>
+
+class tst_koReferenceRepathFlow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void repath_data();
+    void repath();
+    void requestsChooseTheLinks_data();
+    void requestsChooseTheLinks();
+    void dialogStartsFresh();
+    void folderButtonStartsAtAnExistingFolder_data();
+    void folderButtonStartsAtAnExistingFolder();
+
+private:
+    kodReferenceNode reference(const QString& name) const;
+    QString links() const;
+    QString relative(const QString& path) const;
+
+    koTestHost m_host;
+    std::unique_ptr<koReferenceEditorModule> m_module;
+};
+
+namespace {
+
+// What the user does in the repath dialog.
+struct DialogAnswer
+{
+    QString folder;
+    bool missingOnly = false;
+    bool accept = true;
+};
+
+void answerRepathDialog(koDialogDriver& driver, const DialogAnswer& answer)
+{
+    driver.handleDialog([answer](QDialog* dialog) {
+        auto* repath = qobject_cast<koReferenceRePathDialogI*>(dialog);
+        QVERIFY(repath);
+        repath->m_newPath->setText(answer.folder);
+        repath->m_affectedFiles->setCurrentIndex(answer.missingOnly ? 1 : 0);
+        (answer.accept ? repath->m_okButton : repath->m_cancelButton)->click();
+    });
+}
+
+} // namespace
+
+void tst_koReferenceRepathFlow::init()
+{
+    m_host.writeFile(QStringLiteral("current/c.obj"), "o C\n");
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::reference("A", "old/a/a.kpr", "old/a/a.obj"), koTestHost::reference("B", QString(), "old/b/b.obj"),
+         koTestHost::reference("C", QString(), "current/c.obj")});
+    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project));
+    m_module = std::make_unique<koReferenceEditorModule>();
+    QCoreApplication::processEvents();
+}
+
+void tst_koReferenceRepathFlow::cleanup()
+{
+    m_module.reset();
+    QDir(m_host.path(QStringLiteral("new"))).removeRecursively();
+}
+
+kodReferenceNode tst_koReferenceRepathFlow::reference(const QString& name) const
+{
+    for (const kodReferenceNode& candidate :
+         koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->getSceneReferences()) {
+        if (candidate.getName() == name)
+            return candidate;
+    }
+    return kodReferenceNode();
+}
+
+QString tst_koReferenceRepathFlow::relative(const QString& path) const
+{
+    return path.isEmpty() ? QStringLiteral("-") : QDir(m_host.path(QString())).relativeFilePath(path);
+}
+
+QString tst_koReferenceRepathFlow::links() const
+{
+    QStringList links;
+    for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
+        const kodReferenceNode node = reference(name);
+        links.append(name + QLatin1Char('=') + relative(node.getSmartPath()) + QLatin1Char(',')
+                     + relative(node.getSourcePath()));
+    }
+    return links.join(QLatin1Char(' '));
+}
+
+void tst_koReferenceRepathFlow::repath_data()
+{
+    QTest::addColumn<QStringList>("nodes");
+    QTest::addColumn<QStringList>("newFiles");
+    QTest::addColumn<QString>("dialog");
+    QTest::addColumn<QString>("summary");
+    QTest::addColumn<QStringList>("expectedSummary");
+    QTest::addColumn<QString>("expectedWarning");
+    QTest::addColumn<QString>("expectedLinks");
+
+    const QString unchanged = QStringLiteral("A=old/a/a.kpr,old/a/a.obj B=-,old/b/b.obj");
+    const QString notFound = QStringLiteral("This reference name cannot be found in the selected directory. "
+                                            "Please check the directory and try again.");
+    const QStringList someFiles{"new/parts/a/a.kpr", "new/parts/a/a.obj"};
+    const QStringList allFiles = someFiles + QStringList{"new/b/b.obj"};
+
+    QTest::newRow("one node, both links found")
+        << QStringList{"A"} << someFiles << "accept" << QString() << QStringList() << QString()
+        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,old/b/b.obj";
+    QTest::newRow("two nodes, all found")
+        << QStringList{"A", "B"} << allFiles << "accept" << QString() << QStringList() << QString()
+        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,new/b/b.obj";
+    QTest::newRow("two nodes, one file not found, OK")
+        << QStringList{"A", "B"} << someFiles << "accept" << "ok"
+        << QStringList{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"} << QString()
+        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,new/b.obj";
+    QTest::newRow("two nodes, one file not found, Cancel")
+        << QStringList{"A", "B"} << someFiles << "accept" << "cancel"
+        << QStringList{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"} << QString() << unchanged;
+    QTest::newRow("one node, its file not found")
+        << QStringList{"B"} << someFiles << "accept" << QString() << QStringList() << notFound << unchanged;
+    QTest::newRow("one node, one of its two links found")
+        << QStringList{"A"} << QStringList{"new/a.obj"} << "accept" << QString() << QStringList() << notFound << unchanged;
+    QTest::newRow("empty folder") << QStringList{"A", "B"} << allFiles << "empty" << QString() << QStringList()
+                                  << QString() << unchanged;
+    QTest::newRow("dialog cancelled") << QStringList{"A", "B"} << allFiles << "reject" << QString() << QStringList()
+                                      << QString() << unchanged;
+    QTest::newRow("missing files only, none missing")
+        << QStringList{"C"} << QStringList{"new/c.obj"} << "missing only" << QString() << QStringList() << QString()
+        << unchanged;
+}
+
+void tst_koReferenceRepathFlow::repath()
+{
+    QFETCH(QStringList, nodes);
+    QFETCH(QStringList, newFiles);
+    QFETCH(QString, dialog);
+    QFETCH(QString, summary);
+    QFETCH(QStringList, expectedSummary);
+    QFETCH(QString, expectedWarning);
+    QFETCH(QString, expectedLinks);
+
+    for (const QString& file : qAsConst(newFiles))
+        m_host.writeFile(file, "o X\n");
+    QList<kodReferenceNode> selection;
+    for (const QString& name : qAsConst(nodes))
+        selection.append(reference(name));
+    QCoreApplication::processEvents();
+    const int undoSteps = koUndoStack::the()->count();
+    QSignalSpy reloads(m_module->referenceModel(), &QAbstractItemModel::layoutChanged);
+
+    koDialogDriver driver;
+    answerRepathDialog(driver, {dialog == "empty" ? QString() : m_host.path(QStringLiteral("new")),
+                                dialog == "missing only", dialog != "reject"});
+    QStringList shownSummary;
+    if (!summary.isEmpty()) {
+        driver.handleDialog([&](QDialog* box) {
+            auto* dialog = qobject_cast<koReferenceRePathSummaryI*>(box);
+            QVERIFY(dialog);
+            QCOMPARE(dialog->windowTitle(), QStringLiteral("Repath"));
+            shownSummary << dialog->m_message1->text() << dialog->m_message2->text();
+            const auto* list = qobject_cast<QStringListModel*>(dialog->m_listView->model());
+            for (const QString& path : list->stringList())
+                shownSummary << relative(path);
+            (summary == "ok" ? dialog->m_okButton : dialog->m_cancelButton)->click();
+        });
+    }
+    if (!expectedWarning.isEmpty())
+        driver.answerMessageBox(QMessageBox::Ok);
+
+    m_module->repathReferences(selection, true, true);
+    QCoreApplication::processEvents();
+
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+    QCOMPARE(shownSummary, expectedSummary);
+    if (!expectedWarning.isEmpty()) {
+        QCOMPARE(driver.messageBoxes().size(), 1);
+        QCOMPARE(driver.messageBoxes().first().title, QStringLiteral("Repath"));
+        QCOMPARE(driver.messageBoxes().first().text, expectedWarning);
+        QCOMPARE(driver.messageBoxes().first().buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    }
+    QCOMPARE(links(), expectedLinks);
+    QCOMPARE(koUndoStack::the()->count(), undoSteps);
+    const bool applied = expectedLinks != QStringLiteral("A=old/a/a.kpr,old/a/a.obj B=-,old/b/b.obj");
+    QCOMPARE(reloads.count(), applied || dialog == "missing only" ? 1 : 0);
+}
+
+void tst_koReferenceRepathFlow::requestsChooseTheLinks_data()
+{
+    QTest::addColumn<QString>("request");
+    QTest::addColumn<QString>("expectedLinks");
+
+    QTest::newRow("references") << "references" << "A=new/a.kpr,new/a.obj B=-,old/b/b.obj";
+    QTest::newRow("smarts") << "smarts" << "A=new/a.kpr,old/a/a.obj B=-,old/b/b.obj";
+    QTest::newRow("sources") << "sources" << "A=old/a/a.kpr,new/a.obj B=-,old/b/b.obj";
+}
+
+void tst_koReferenceRepathFlow::requestsChooseTheLinks()
+{
+    QFETCH(QString, request);
+    QFETCH(QString, expectedLinks);
+
+    m_host.writeFile(QStringLiteral("new/a.kpr"), "{}");
+    m_host.writeFile(QStringLiteral("new/a.obj"), "o A\n");
+    koDialogDriver driver;
+    answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});
+    auto* ui = koKernelServiceFactory::the()->getServiceOrNull<koInternalUiService>();
+    const QList<kodReferenceNode> nodes{reference(QStringLiteral("A"))};
+    if (request == "references")
+        emit ui->requestUiRepathReferences(nodes);
+    else if (request == "smarts")
+        emit ui->requestUiRepathSmarts(nodes);
+    else
+        emit ui->requestUiRepathSources(nodes);
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(links(), expectedLinks);
+}
+
+void tst_koReferenceRepathFlow::dialogStartsFresh()
+{
+    koReferenceRePathDialogI dialog(m_module.get());
+    QCOMPARE(dialog.objectName(), QStringLiteral("koReferenceRePathDialog"));
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Repath"));
+    QVERIFY(dialog.newPath().isEmpty());
+    QCOMPARE(dialog.m_affectedFiles->currentText(), QStringLiteral("All files"));
+    QCOMPARE(dialog.m_affectedFiles->itemText(1), QStringLiteral("Missing files only"));
+    QVERIFY(!dialog.missingFilesOnly());
+    QVERIFY(dialog.searchSubdirectories());
+    QCOMPARE(dialog.m_newPathButton->size(), dialog.m_newPathButton->iconSize() + QSize(2, 2));
+
+    koReferenceRePathSummaryI summary(m_module.get());
+    QCOMPARE(summary.m_listView->editTriggers(), QAbstractItemView::NoEditTriggers);
+    QVERIFY(summary.m_message3->text().startsWith(QStringLiteral("Missing files have been identified")));
+}
+
+void tst_koReferenceRepathFlow::folderButtonStartsAtAnExistingFolder_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("picked");
+    QTest::addColumn<bool>("startsThere");
+    QTest::addColumn<QString>("result");
+
+    QTest::newRow("existing folder") << "current" << "new" << true << "new";
+    QTest::newRow("no such folder") << "nowhere" << "new" << false << "new";
+    QTest::newRow("cancelled") << "current" << QString() << true << "current";
+}
+
+void tst_koReferenceRepathFlow::folderButtonStartsAtAnExistingFolder()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, picked);
+    QFETCH(bool, startsThere);
+    QFETCH(QString, result);
+
+    koReferenceRePathDialogI dialog(m_module.get());
+    dialog.m_newPath->setText(m_host.path(typed));
+    koScriptedFileDialog files;
+    files.answer(picked.isEmpty() ? QString() : m_host.path(picked));
+    dialog.m_newPathButton->click();
+
+    QCOMPARE(files.calls().size(), 1);
+    const koFileDialog::Call& call = files.calls().first();
+    QCOMPARE(call.function, koFileDialog::Function::ExistingDirectory);
+    QCOMPARE(call.caption, QStringLiteral("Repath"));
+    QCOMPARE(call.dir, startsThere ? m_host.path(typed) : QString());
+    QCOMPARE(call.options, QFileDialog::Options(QFileDialog::ShowDirsOnly));
+    QCOMPARE(dialog.newPath(), m_host.path(result));
+}
+
+QTEST_MAIN(tst_koReferenceRepathFlow)
+#include "tst_koreferencerepathflow.moc"

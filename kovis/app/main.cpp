@@ -1,9 +1,6 @@
 #include "koHostCommandLine.h"
-#include "koMainWindow.h"
-#include "koPluginLoader.h"
+#include "koHostSession.h"
 #include "koReferenceReport.h"
-#include "koSceneTreeService.h"
-#include "koScreenPlatformService.h"
 
 #include <kovis/koHost.h>
 
@@ -11,7 +8,6 @@
 #include <QTimer>
 
 #include <cstdio>
-#include <memory>
 
 namespace {
 
@@ -50,31 +46,20 @@ int runWindow(int argc, char** argv)
     QApplication application(argc, argv);
     koHostCommandLine commandLine;
     commandLine.parse(application);
-    koHost::initialize();
-    koHost::setPlatformService(new koScreenPlatformService);
-
-    int code = 0;
-    {
-        koMainWindow window;
-        koHost::setTreeService(new koSceneTreeService(window.sceneTree()));
-        koPluginLoader plugins;
-        plugins.loadFolder(koPluginLoader::pluginFolder());
-        window.openProject(commandLine.project.isEmpty() ? QStringLiteral(KOVIS_DEMO_PROJECT) : commandLine.project);
-        window.show();
-        if (!commandLine.screenshot.isEmpty()) {
-            QTimer::singleShot(500, &window, [&] {
-                const bool saved = window.saveScreenshot(commandLine.screenshot);
-                if (!saved)
-                    std::fprintf(stderr, "Cannot write %s\n", qPrintable(commandLine.screenshot));
-                application.exit(saved ? 0 : 1);
-            });
-        }
-        code = application.exec();
-        window.releaseModules();
-        plugins.unloadAll();
+    koHostSession session;
+    session.loadPlugins(koPluginLoader::pluginFolder());
+    koMainWindow& window = session.window();
+    window.openProject(commandLine.project.isEmpty() ? QStringLiteral(KOVIS_DEMO_PROJECT) : commandLine.project);
+    window.show();
+    if (!commandLine.screenshot.isEmpty()) {
+        QTimer::singleShot(500, &window, [&] {
+            const bool saved = window.saveScreenshot(commandLine.screenshot);
+            if (!saved)
+                std::fprintf(stderr, "Cannot write %s\n", qPrintable(commandLine.screenshot));
+            application.exit(saved ? 0 : 1);
+        });
     }
-    koHost::shutdown();
-    return code;
+    return application.exec();
 }
 
 } // namespace

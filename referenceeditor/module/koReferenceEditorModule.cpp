@@ -125,6 +125,8 @@ void koReferenceEditorModule::setUpViews()
     m_treeViewSplitter->setCollapsible(0, false);
     m_treeViewSplitter->setCollapsible(1, true);
     m_treeViewSplitter->setCollapsible(2, true);
+    // The names need room as much as the files do; the splitter keeps these proportions.
+    m_treeViewSplitter->setSizes({400, 500, 300});
     m_treeView->setColumnHidden(1, true);
     setUpListMode();
 }

@@ -59,6 +59,11 @@ koReferenceEngine::~koReferenceEngine()
 
 void koReferenceEngine::connectStore()
 {
+    const auto forgetLinkedFiles = [this] { m_linkedFilesKnown = false; };
+    connect(m_store.data(), &koSceneStore::contentChanged, this, forgetLinkedFiles);
+    connect(m_store.data(), &koSceneStore::subtreeInserted, this, forgetLinkedFiles);
+    connect(m_store.data(), &koSceneStore::subtreeRemoved, this, forgetLinkedFiles);
+    connect(m_store.data(), &koSceneStore::sceneReset, this, forgetLinkedFiles);
     connect(m_store.data(), &koSceneStore::contentChanged, this, &koReferenceEngine::announceShared);
     connect(m_store.data(), &koSceneStore::changeStateChanged, this, &koReferenceEngine::announceShared);
     connect(m_store.data(), &koSceneStore::subtreeAboutToBeRemoved, this,
@@ -778,6 +783,15 @@ koSceneNodeDesc koReferenceEngine::describeNode(const koNodeRecord& node, bool i
 // ---- monitoring ---------------------------------------------------------------------
 
 QHash<QString, QVector<quint64>> koReferenceEngine::linkedFiles() const
+{
+    if (!m_linkedFilesKnown) {
+        m_linkedFiles = collectLinkedFiles();
+        m_linkedFilesKnown = true;
+    }
+    return m_linkedFiles;
+}
+
+QHash<QString, QVector<quint64>> koReferenceEngine::collectLinkedFiles() const
 {
     QHash<QString, QVector<quint64>> files;
     QSet<quint64> seen;

@@ -123,6 +123,7 @@ private:
     void announce(const QVector<quint64>& ids);
     void announceShared(quint64 shareKey);
     void connectStore();
+    QHash<QString, QVector<quint64>> collectLinkedFiles() const;
 
     Settings m_settings;
     koFileStateCache m_cache;
@@ -131,4 +132,7 @@ private:
     QScopedPointer<koFileMonitor> m_monitor;
     QVector<quint64> m_removing;
     bool m_loading = false;
+    // Which files the scene links to changes rarely; monitoring asks every few seconds.
+    mutable QHash<QString, QVector<quint64>> m_linkedFiles;
+    mutable bool m_linkedFilesKnown = false;
 };

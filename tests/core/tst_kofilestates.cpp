@@ -22,6 +22,7 @@ private slots:
     void queriesReadTheCacheUntilFilesAreChecked();
     void monitoringAnnouncesEachChangeOnce();
     void monitoringRunsAtItsInterval();
+    void monitoringFollowsChangedLinks();
     void ownerAndDatesComeFromTheDisk();
 
 private:
@@ -175,6 +176,21 @@ void tst_koFileStates::monitoringRunsAtItsInterval()
     QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
     references()->loadPreferences();
+}
+
+void tst_koFileStates::monitoringFollowsChangedLinks()
+{
+    m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
+    const QString moved = m_host.writeFile(QStringLiteral("moved/a.obj"), "v 0 0 0\n");
+    kodReferenceNode reference = loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
+    references()->checkFiles();
+    reference.setSourcePath(moved);
+    QSignalSpy changed(references(), &koReferenceService::referencesChanged);
+
+    QVERIFY(QFile::remove(moved));
+    references()->checkFiles();
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
 }
 
 void tst_koFileStates::ownerAndDatesComeFromTheDisk()

@@ -40,24 +40,30 @@ void koFileMonitor::startCheck()
     if (m_watcher.isRunning())
         return;
     m_files = m_engine->linkedFiles();
-    m_paths = m_files.keys();
     m_cacheGeneration = m_engine->fileCache().generation();
-    const QStringList paths = m_paths;
-    m_watcher.setFuture(QtConcurrent::run([paths] {
-        QVector<koFileSnapshot> snapshots;
-        snapshots.reserve(paths.size());
-        for (const QString& path : paths)
-            snapshots.append(koFileStateCache::read(path));
-        return snapshots;
+    // The worker compares with what is known, so the window only handles changes.
+    const QHash<QString, QVector<quint64>> files = m_files;
+    const QHash<QString, koFileSnapshot> known = m_engine->fileCache().snapshots();
+    m_watcher.setFuture(QtConcurrent::run([files, known] {
+        Changes changes;
+        for (auto file = files.cbegin(); file != files.cend(); ++file) {
+            koFileSnapshot snapshot = koFileStateCache::read(file.key());
+            if (snapshot != known.value(file.key())) {
+                changes.paths.append(file.key());
+                changes.snapshots.append(std::move(snapshot));
+            }
+        }
+        return changes;
     }));
 }
 
 void koFileMonitor::finishCheck()
 {
     // An operation read some file again meanwhile; its snapshot is newer than ours.
-    if (m_engine->fileCache().generation() == m_cacheGeneration)
-        m_engine->applySnapshots(m_files, m_paths, m_watcher.result());
+    if (m_engine->fileCache().generation() == m_cacheGeneration) {
+        const Changes changes = m_watcher.result();
+        m_engine->applySnapshots(m_files, changes.paths, changes.snapshots);
+    }
     m_files.clear();
-    m_paths.clear();
     emit checkFinished();
 }

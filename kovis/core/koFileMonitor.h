@@ -29,13 +29,18 @@ signals:
     void checkFinished();
 
 private:
+    struct Changes
+    {
+        QStringList paths;
+        QVector<koFileSnapshot> snapshots;
+    };
+
     void startCheck();
     void finishCheck();
 
     koReferenceEngine* m_engine;
     QTimer m_timer;
-    QFutureWatcher<QVector<koFileSnapshot>> m_watcher;
+    QFutureWatcher<Changes> m_watcher;
     QHash<QString, QVector<quint64>> m_files;
-    QStringList m_paths;
     quint64 m_cacheGeneration = 0;
 };

@@ -22,6 +22,7 @@ public:
     // Stores a snapshot read elsewhere; returns whether it changed.
     bool update(const QString& path, const koFileSnapshot& snapshot);
     void clear() { m_snapshots.clear(); ++m_generation; }
+    QHash<QString, koFileSnapshot> snapshots() const { return m_snapshots; }
     // Rises whenever an operation reads a file again, so that a check started before
     // can tell that its snapshots may be older than the cache's.
     quint64 generation() const { return m_generation; }

@@ -1,0 +1,488 @@
+#include "koReferencePreferencesGUII.h"
+#include "koScriptedFileDialog.h"
+#include "koTestHost.h"
+
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koPreferencesService.h>
+#include <kovis/koReferenceService.h>
+
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+const QString monitoringKey = QStringLiteral("Reference Change Monitoring Enabled");
+const QString convertWarningKey = QStringLiteral("Reference Show Convert to Smart Warning Enabled");
+const QString notificationKey = QStringLiteral("Reference change notification mode");
+const QString storeModeKey = QStringLiteral("Reference Smart Reference Store mode");
+const QString storeLocationKey = QStringLiteral("Reference Smart Reference Store Location");
+const QString loadModeKey = QStringLiteral("Reference Load Sub References mode");
+const QString smartUpdateKey = QStringLiteral("Reference Smart update mode");
+const QString materialsKey = QStringLiteral("Reference Preserve Material Assignment");
+const QString intervalKey = QStringLiteral("Reference Update Monitoring Interval");
+
+// The order in which the host expects the page to store its values.
+const QStringList storeOrder{monitoringKey, convertWarningKey, notificationKey, storeModeKey, storeLocationKey,
+                             loadModeKey,   smartUpdateKey,    materialsKey,    intervalKey};
+
+koPreferencesService* preferences()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+}
+
+// Settings files hold text; comparing as text also tells a stored value from a sentinel.
+QString storedText(const QString& key)
+{
+    return preferences()->getStringValue(key, QStringLiteral("<absent>"));
+}
+
+void store(const QString& key, const QVariant& value)
+{
+    if (value.userType() == QMetaType::Bool)
+        preferences()->setBoolValue(key, value.toBool(), false);
+    else if (value.userType() == QMetaType::Int)
+        preferences()->setIntValue(key, value.toInt(), false);
+    else
+        preferences()->setStringValue(key, value.toString(), false);
+}
+
+// Overwrites every key with a value no widget produces and forgets the change marks.
+void storeSentinels()
+{
+    for (const QString& key : storeOrder) {
+        preferences()->setStringValue(key, QStringLiteral("sentinel"), false);
+        preferences()->clearChanged(key);
+    }
+}
+
+// The page with the defaults stored, one value changed and everything loaded.
+void loadPage(koReferencePreferencesGUII& page, const QVariantMap& stored = {})
+{
+    page.initDefaults(false);
+    for (auto it = stored.cbegin(); it != stored.cend(); ++it)
+        store(it.key(), it.value());
+    for (const QString& key : storeOrder)
+        preferences()->clearChanged(key);
+    page.loadValues();
+}
+
+QString shown(const QWidget* widget)
+{
+    if (const auto* box = qobject_cast<const QCheckBox*>(widget))
+        return box->isChecked() ? QStringLiteral("checked") : QStringLiteral("unchecked");
+    if (const auto* combo = qobject_cast<const QComboBox*>(widget))
+        return combo->currentIndex() < 0 ? QStringLiteral("<none>") : combo->currentText();
+    return qobject_cast<const QLineEdit*>(widget)->text();
+}
+
+// Changes a widget as a user would; typed text goes through the field's validator.
+void enter(QWidget* widget, const QString& value)
+{
+    if (auto* box = qobject_cast<QCheckBox*>(widget)) {
+        box->setChecked(value == QLatin1String("checked"));
+    } else if (auto* combo = qobject_cast<QComboBox*>(widget)) {
+        combo->setCurrentIndex(combo->findText(value));
+    } else {
+        auto* edit = qobject_cast<QLineEdit*>(widget);
+        edit->clear();
+        QTest::keyClicks(edit, value);
+    }
+}
+
+QWidget* widget(const koReferencePreferencesGUII& page, const QString& name)
+{
+    auto* found = page.findChild<QWidget*>(name);
+    if (!found)
+        qFatal("no widget %s on the page", qPrintable(name));
+    return found;
+}
+
+// Each edit is "objectName=value".
+void enterAll(koReferencePreferencesGUII& page, const QStringList& edits)
+{
+    for (const QString& edit : edits) {
+        const int split = edit.indexOf(QLatin1Char('='));
+        enter(widget(page, edit.left(split)), edit.mid(split + 1));
+    }
+}
+
+QString flag(bool value)
+{
+    return value ? QStringLiteral("true") : QStringLiteral("false");
+}
+
+// Writes down what the page hands to the host instead of acting on it.
+class RecordingReferenceService : public koReferenceService
+{
+public:
+    void setChangeMonitoringEnabled(bool enabled) override { record("setChangeMonitoringEnabled", flag(enabled)); }
+    void setShowConvertToSmartWarning(bool show) override { record("setShowConvertToSmartWarning", flag(show)); }
+    void setChangeNotificationMode(int mode) override { record("setChangeNotificationMode", mode); }
+    void setSmartReferenceStoreMode(int mode) override { record("setSmartReferenceStoreMode", mode); }
+    void setSmartReferenceStoreLocation(const QString& folder) override
+    {
+        record("setSmartReferenceStoreLocation", folder);
+    }
+    void setLoadSubReferencesMode(int mode) override { record("setLoadSubReferencesMode", mode); }
+    void setUpdateMonitoringInterval(int milliseconds) override
+    {
+        record("setUpdateMonitoringInterval", milliseconds);
+    }
+
+    QStringList calls;
+
+private:
+    void record(const char* operation, const QVariant& value)
+    {
+        calls << QStringLiteral("%1(%2)").arg(QLatin1String(operation), value.toString());
+    }
+};
+
+// The recorder stands in for the host's reference service while it lives.
+class ScopedRecordingService
+{
+public:
+    ScopedRecordingService()
+        : m_previous(koKernelServiceFactory::the()->registerService<koReferenceService>(&recorder))
+    {
+    }
+    ~ScopedRecordingService()
+    {
+        koKernelServiceFactory::the()->registerService<koReferenceService>(
+            static_cast<koReferenceService*>(m_previous));
+    }
+
+    RecordingReferenceService recorder;
+
+private:
+    koBaseService* m_previous;
+};
+
+} // namespace
+
+class tst_koReferencePreferencesGUII : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void comboBoxItems_data();
+    void comboBoxItems();
+    void onlyThePersistenceGroupIsHidden();
+    void roundTrip_data();
+    void roundTrip();
+    void storesInTheHostsOrder_data();
+    void storesInTheHostsOrder();
+    void applyPushesOnlyChangedKeys_data();
+    void applyPushesOnlyChangedKeys();
+    void enabledStatesFollowTheWidgets_data();
+    void enabledStatesFollowTheWidgets();
+    void initDefaultsStoresTheDefaults_data();
+    void initDefaultsStoresTheDefaults();
+    void selectStoreLocation_data();
+    void selectStoreLocation();
+
+private:
+    koTestHost m_host;
+    QTemporaryDir m_folders;
+};
+
+void tst_koReferencePreferencesGUII::comboBoxItems_data()
+{
+    QTest::addColumn<QString>("comboBoxName");
+    QTest::addColumn<QStringList>("items");
+
+    QTest::newRow("notification mode") << "m_changeNotificationMode"
+                                       << QStringList{"Always=1", "Off=0", "At session start only=2"};
+    QTest::newRow("store mode") << "m_smartReferenceStore" << QStringList{"Source file location=0", "Custom=1"};
+    QTest::newRow("load mode") << "m_loadSubReferences"
+                               << QStringList{"Load scene references=0", "Always load references=1",
+                                              "Never load references=2", "Avoid leaf references=3"};
+    QTest::newRow("smart update mode") << "m_smartUpdate" << QStringList{"Never Ask=1", "Always Ask=0"};
+}
+
+void tst_koReferencePreferencesGUII::comboBoxItems()
+{
+    QFETCH(QString, comboBoxName);
+    QFETCH(QStringList, items);
+
+    koReferencePreferencesGUII page;
+    const auto* comboBox = qobject_cast<QComboBox*>(widget(page, comboBoxName));
+    QStringList actual;
+    for (int row = 0; row < comboBox->count(); ++row)
+        actual << QStringLiteral("%1=%2").arg(comboBox->itemText(row), comboBox->itemData(row).toString());
+    QCOMPARE(actual, items);
+}
+
+void tst_koReferencePreferencesGUII::onlyThePersistenceGroupIsHidden()
+{
+    koReferencePreferencesGUII page;
+
+    QVERIFY(!page.m_smartReferenceChangePersistanceFrame->isVisibleTo(&page));
+    for (const QWidget* frame : {page.collapsibleFrame, page.collapsibleFrame_2, page.collapsibleFrame_3})
+        QVERIFY2(frame->isVisibleTo(&page), qPrintable(frame->objectName()));
+}
+
+void tst_koReferencePreferencesGUII::roundTrip_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<QString>("widgetName");
+    QTest::addColumn<QString>("shownValue");
+    QTest::addColumn<QString>("entered");
+    QTest::addColumn<QString>("saved");
+
+    const QString none;
+    QTest::newRow("monitoring off") << monitoringKey << QVariant(false) << "m_changeNotificationEnabled"
+                                    << "unchecked" << none << "false";
+    QTest::newRow("convert warning on") << convertWarningKey << QVariant(true) << "m_showConvertToSmartWarning"
+                                        << "checked" << none << "true";
+    QTest::newRow("material option off") << materialsKey << QVariant(false) << "m_preserveMaterials" << "unchecked"
+                                         << none << "false";
+    QTest::newRow("notification at session start") << notificationKey << QVariant(2) << "m_changeNotificationMode"
+                                                   << "At session start only" << none << "2";
+    QTest::newRow("notification off") << notificationKey << QVariant(0) << "m_changeNotificationMode" << "Off"
+                                      << none << "0";
+    QTest::newRow("unknown notification mode") << notificationKey << QVariant(7) << "m_changeNotificationMode"
+                                               << "<none>" << none << "0";
+    QTest::newRow("notification chosen") << notificationKey << QVariant(1) << "m_changeNotificationMode" << "Always"
+                                         << "At session start only" << "2";
+    QTest::newRow("custom store") << storeModeKey << QVariant(1) << "m_smartReferenceStore" << "Custom" << none
+                                  << "1";
+    QTest::newRow("store location") << storeLocationKey << QVariant("/data/smart") << "m_smartReferenceStoreLocation"
+                                    << "/data/smart" << none << "/data/smart";
+    QTest::newRow("never load") << loadModeKey << QVariant(2) << "m_loadSubReferences" << "Never load references"
+                                << none << "2";
+    QTest::newRow("avoid leaves chosen") << loadModeKey << QVariant(0) << "m_loadSubReferences"
+                                         << "Load scene references" << "Avoid leaf references" << "3";
+    QTest::newRow("smart update never ask") << smartUpdateKey << QVariant(1) << "m_smartUpdate" << "Never Ask"
+                                            << none << "1";
+    QTest::newRow("smart update always ask") << smartUpdateKey << QVariant(0) << "m_smartUpdate" << "Always Ask"
+                                             << none << "0";
+    QTest::newRow("interval") << intervalKey << QVariant(12) << "m_updateMonitoringInterval" << "12" << none << "12";
+    QTest::newRow("blank interval") << intervalKey << QVariant(5) << "m_updateMonitoringInterval" << "5" << ""
+                                    << "0";
+    QTest::newRow("interval drops signs and letters") << intervalKey << QVariant(5) << "m_updateMonitoringInterval"
+                                                      << "5" << "-1a5" << "15";
+    QTest::newRow("interval longer than the range") << intervalKey << QVariant(5) << "m_updateMonitoringInterval"
+                                                    << "5" << "100000" << "10000";
+}
+
+void tst_koReferencePreferencesGUII::roundTrip()
+{
+    QFETCH(QString, key);
+    QFETCH(QVariant, stored);
+    QFETCH(QString, widgetName);
+    QFETCH(QString, shownValue);
+    QFETCH(QString, entered);
+    QFETCH(QString, saved);
+
+    koReferencePreferencesGUII page;
+    loadPage(page, {{key, stored}});
+    QCOMPARE(shown(widget(page, widgetName)), shownValue);
+
+    if (!entered.isNull())
+        enter(widget(page, widgetName), entered);
+    storeSentinels();
+    page.saveValues();
+
+    QCOMPARE(storedText(key), saved);
+    QVERIFY(preferences()->isChanged(key));
+}
+
+void tst_koReferencePreferencesGUII::storesInTheHostsOrder_data()
+{
+    QTest::addColumn<bool>("defaults");
+
+    QTest::newRow("initDefaults") << true;
+    QTest::newRow("saveValues") << false;
+}
+
+void tst_koReferencePreferencesGUII::storesInTheHostsOrder()
+{
+    QFETCH(bool, defaults);
+
+    koReferencePreferencesGUII page;
+    loadPage(page);
+    storeSentinels();
+    QSignalSpy stores(preferences(), &koPreferencesService::valueChanged);
+
+    if (defaults)
+        page.initDefaults(true);
+    else
+        page.saveValues();
+
+    QStringList keys;
+    for (const QList<QVariant>& arguments : qAsConst(stores))
+        keys << arguments.at(0).toString();
+    QCOMPARE(keys, storeOrder);
+}
+
+void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys_data()
+{
+    QTest::addColumn<QStringList>("edits");
+    QTest::addColumn<QStringList>("changedKeys");
+    QTest::addColumn<QStringList>("calls");
+
+    QTest::newRow("nothing changed") << QStringList() << QStringList() << QStringList();
+    QTest::newRow("interval 5 to 7") << QStringList{"m_updateMonitoringInterval=7"} << QStringList{intervalKey}
+                                     << QStringList{"setUpdateMonitoringInterval(7000)"};
+    QTest::newRow("smart update mode") << QStringList{"m_smartUpdate=Never Ask"} << QStringList{smartUpdateKey}
+                                       << QStringList();
+    QTest::newRow("material option") << QStringList{"m_preserveMaterials=unchecked"} << QStringList{materialsKey}
+                                     << QStringList();
+    QTest::newRow("every key, in the host's order")
+        << QStringList{"m_updateMonitoringInterval=30",
+                       "m_loadSubReferences=Never load references",
+                       "m_smartReferenceStore=Custom",
+                       "m_smartReferenceStoreLocation=/data/smart",
+                       "m_changeNotificationMode=Off",
+                       "m_showConvertToSmartWarning=unchecked",
+                       "m_changeNotificationEnabled=unchecked",
+                       "m_smartUpdate=Never Ask",
+                       "m_preserveMaterials=unchecked"}
+        << storeOrder
+        << QStringList{"setChangeMonitoringEnabled(false)", "setShowConvertToSmartWarning(false)",
+                       "setChangeNotificationMode(0)",      "setSmartReferenceStoreMode(1)",
+                       "setSmartReferenceStoreLocation(/data/smart)", "setLoadSubReferencesMode(2)",
+                       "setUpdateMonitoringInterval(30000)"};
+}
+
+void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys()
+{
+    QFETCH(QStringList, edits);
+    QFETCH(QStringList, changedKeys);
+    QFETCH(QStringList, calls);
+
+    koReferencePreferencesGUII page;
+    loadPage(page);
+    enterAll(page, edits);
+    page.saveValues();
+    for (const QString& key : storeOrder)
+        QVERIFY2(preferences()->isChanged(key) == changedKeys.contains(key), qPrintable(key));
+
+    ScopedRecordingService service;
+    page.applyChanges();
+
+    QCOMPARE(service.recorder.calls, calls);
+}
+
+void tst_koReferencePreferencesGUII::enabledStatesFollowTheWidgets_data()
+{
+    QTest::addColumn<bool>("monitoringBefore");
+    QTest::addColumn<int>("storeModeBefore");
+    QTest::addColumn<QStringList>("edits");
+    QTest::addColumn<bool>("monitoringWidgetsEnabled");
+    QTest::addColumn<bool>("locationWidgetsEnabled");
+
+    QTest::newRow("monitoring unchecked") << true << 0 << QStringList{"m_changeNotificationEnabled=unchecked"}
+                                          << false << false;
+    QTest::newRow("monitoring checked") << false << 0 << QStringList{"m_changeNotificationEnabled=checked"} << true
+                                        << false;
+    QTest::newRow("custom chosen") << true << 0 << QStringList{"m_smartReferenceStore=Custom"} << true << true;
+    QTest::newRow("source file location chosen")
+        << true << 1 << QStringList{"m_smartReferenceStore=Source file location"} << true << false;
+    QTest::newRow("both switched") << false << 1
+                                   << QStringList{"m_changeNotificationEnabled=checked",
+                                                  "m_smartReferenceStore=Source file location"}
+                                   << true << false;
+    QTest::newRow("loaded as stored") << false << 1 << QStringList() << false << true;
+}
+
+void tst_koReferencePreferencesGUII::enabledStatesFollowTheWidgets()
+{
+    QFETCH(bool, monitoringBefore);
+    QFETCH(int, storeModeBefore);
+    QFETCH(QStringList, edits);
+    QFETCH(bool, monitoringWidgetsEnabled);
+    QFETCH(bool, locationWidgetsEnabled);
+
+    koReferencePreferencesGUII page;
+    const QString location = m_folders.path();
+    loadPage(page, {{monitoringKey, monitoringBefore}, {storeModeKey, storeModeBefore}, {storeLocationKey, location}});
+
+    enterAll(page, edits);
+
+    const QList<QWidget*> monitoringWidgets{page.m_changeNotificationMode, page.m_changeNotificationModeLabel,
+                                            page.m_updateMonitoringInterval, page.m_updateMonitoringIntervalLabel,
+                                            page.m_updateMonitoringIntervalSecondsLabel};
+    for (const QWidget* monitoringWidget : monitoringWidgets)
+        QVERIFY2(monitoringWidget->isEnabled() == monitoringWidgetsEnabled, qPrintable(monitoringWidget->objectName()));
+    QCOMPARE(page.m_smartReferenceStoreLocation->isEnabled(), locationWidgetsEnabled);
+    QCOMPARE(page.m_selectStoreLocation->isEnabled(), locationWidgetsEnabled);
+    QCOMPARE(page.m_smartReferenceStoreLocation->text(), location);
+    QVERIFY(page.m_changeNotificationEnabled->isEnabled());
+    QVERIFY(page.m_smartReferenceStore->isEnabled());
+}
+
+void tst_koReferencePreferencesGUII::initDefaultsStoresTheDefaults_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("defaultValue");
+
+    QTest::newRow("monitoring") << monitoringKey << "true";
+    QTest::newRow("convert warning") << convertWarningKey << "true";
+    QTest::newRow("notification mode") << notificationKey << "1";
+    QTest::newRow("store mode") << storeModeKey << "0";
+    QTest::newRow("store location") << storeLocationKey << "";
+    QTest::newRow("load mode") << loadModeKey << "0";
+    QTest::newRow("smart update mode") << smartUpdateKey << "0";
+    QTest::newRow("material option") << materialsKey << "true";
+    QTest::newRow("interval") << intervalKey << "5";
+}
+
+void tst_koReferencePreferencesGUII::initDefaultsStoresTheDefaults()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, defaultValue);
+
+    koReferencePreferencesGUII page;
+    for (const bool markChanged : {true, false}) {
+        storeSentinels();
+        page.initDefaults(markChanged);
+        QCOMPARE(storedText(key), defaultValue);
+        QCOMPARE(preferences()->isChanged(key), markChanged);
+    }
+}
+
+void tst_koReferencePreferencesGUII::selectStoreLocation_data()
+{
+    QTest::addColumn<QString>("location");
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QString>("startFolder");
+    QTest::addColumn<QString>("locationAfter");
+
+    const QString existing = m_folders.path();
+    const QString missing = m_folders.filePath(QStringLiteral("gone"));
+    const QString chosen = QStringLiteral("/chosen/folder");
+    QTest::newRow("existing folder, chosen") << existing << chosen << existing << chosen;
+    QTest::newRow("missing folder, chosen") << missing << chosen << QString() << chosen;
+    QTest::newRow("existing folder, cancelled") << existing << QString() << existing << existing;
+    QTest::newRow("missing folder, cancelled") << missing << QString() << QString() << missing;
+}
+
+void tst_koReferencePreferencesGUII::selectStoreLocation()
+{
+    QFETCH(QString, location);
+    QFETCH(QString, answer);
+    QFETCH(QString, startFolder);
+    QFETCH(QString, locationAfter);
+
+    koReferencePreferencesGUII page;
+    loadPage(page, {{storeModeKey, 1}, {storeLocationKey, location}});
+    koScriptedFileDialog dialogs;
+    dialogs.answer(answer);
+
+    page.m_selectStoreLocation->click();
+
+    QCOMPARE(dialogs.calls().size(), 1);
+    const koFileDialog::Call& call = dialogs.calls().first();
+    QCOMPARE(call.function, koFileDialog::Function::ExistingDirectory);
+    QCOMPARE(call.parent.data(), static_cast<QWidget*>(&page));
+    QCOMPARE(call.caption, QStringLiteral("Custom Smart Reference Store"));
+    QCOMPARE(call.dir, startFolder);
+    QCOMPARE(call.options, QFileDialog::Options(QFileDialog::ShowDirsOnly));
+    QCOMPARE(page.m_smartReferenceStoreLocation->text(), locationAfter);
+}
+
+QTEST_MAIN(tst_koReferencePreferencesGUII)
+#include "tst_koreferencepreferencesguii.moc"

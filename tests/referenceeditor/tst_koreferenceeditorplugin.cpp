@@ -2,6 +2,7 @@
 
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koMainWindowService.h>
+#include <kovis/koPreferencesCategory.h>
 
 #include <QLibrary>
 #include <QMainWindow>
@@ -16,6 +17,7 @@ class tst_koReferenceEditorPlugin : public QObject
 
 private slots:
     void initPluginRegistersOneModule();
+    void initPreferencesPluginRegistersOnePage();
 
 private:
     koTestHost m_host;
@@ -31,6 +33,26 @@ bool isMapped(const QString& file)
     return handle != nullptr;
 }
 
+// The second call must find everything made by the first.
+void callTwice(QLibrary& plugin, const char* entry)
+{
+    QVERIFY2(plugin.load(), qPrintable(plugin.errorString()));
+    const auto function = reinterpret_cast<void (*)()>(plugin.resolve(entry));
+    QVERIFY2(function, entry);
+    function();
+    function();
+}
+
+QList<koPreferencesCategory*> categoriesNamed(const QString& name)
+{
+    QList<koPreferencesCategory*> named;
+    for (koPreferencesCategory* category : koPreferencesCategory::registeredCategories()) {
+        if (category->getName() == name)
+            named.append(category);
+    }
+    return named;
+}
+
 } // namespace
 
 void tst_koReferenceEditorPlugin::initPluginRegistersOneModule()
@@ -38,12 +60,9 @@ void tst_koReferenceEditorPlugin::initPluginRegistersOneModule()
     auto* modules = koKernelServiceFactory::the()->getServiceOrNull<koMainWindowService>();
     const int before = modules->modules().size();
     QLibrary plugin(QStringLiteral(PLUGIN_FILE));
-    QVERIFY2(plugin.load(), qPrintable(plugin.errorString()));
-    const auto initPlugin = reinterpret_cast<void (*)()>(plugin.resolve("initPlugin"));
-    QVERIFY(initPlugin);
-
-    initPlugin();
-    initPlugin();
+    callTwice(plugin, "initPlugin");
+    if (QTest::currentTestFailed())
+        return;
 
     QCOMPARE(modules->modules().size(), before + 1);
     const koMainWindowService::Module& module = modules->modules().last();
@@ -60,6 +79,23 @@ void tst_koReferenceEditorPlugin::initPluginRegistersOneModule()
     // The window goes with the library; a sanitizer build keeps libraries mapped.
     if (!isMapped(QStringLiteral(PLUGIN_FILE)))
         QVERIFY(module.window.isNull());
+}
+
+void tst_koReferenceEditorPlugin::initPreferencesPluginRegistersOnePage()
+{
+    QVERIFY(categoriesNamed(QStringLiteral("References")).isEmpty());
+    QLibrary plugin(QStringLiteral(PLUGIN_FILE));
+    callTwice(plugin, "initPreferencesPlugin");
+    if (QTest::currentTestFailed())
+        return;
+
+    const QList<koPreferencesCategory*> pages = categoriesNamed(QStringLiteral("References"));
+    QCOMPARE(pages.size(), 1);
+    QCOMPARE(pages.first()->objectName(), QStringLiteral("koReferencePreferencesGUI"));
+
+    QVERIFY(plugin.unload());
+    if (!isMapped(QStringLiteral(PLUGIN_FILE)))
+        QVERIFY(categoriesNamed(QStringLiteral("References")).isEmpty());
 }
 
 QTEST_MAIN(tst_koReferenceEditorPlugin)

@@ -12,15 +12,17 @@
 
 namespace {
 
-const QString monitoringEnabledKey = QStringLiteral("Reference Change Monitoring Enabled");
-const QString monitoringIntervalKey = QStringLiteral("Reference Update Monitoring Interval");
-const QString notificationModeKey = QStringLiteral("Reference change notification mode");
-const QString convertWarningKey = QStringLiteral("Reference Show Convert to Smart Warning Enabled");
-const QString storeModeKey = QStringLiteral("Reference Smart Reference Store mode");
-const QString storeLocationKey = QStringLiteral("Reference Smart Reference Store Location");
-const QString loadModeKey = QStringLiteral("Reference Load Sub References mode");
-const QString smartUpdateKey = QStringLiteral("Reference Smart update mode");
-const QString preserveMaterialsKey = QStringLiteral("Reference Preserve Material Assignment");
+// Made at run time, not literals: the preference store keeps the keys after the
+// plug-in is unloaded, and a literal's text goes with the plug-in.
+const QString monitoringEnabledKey = QString::fromLatin1("Reference Change Monitoring Enabled");
+const QString monitoringIntervalKey = QString::fromLatin1("Reference Update Monitoring Interval");
+const QString notificationModeKey = QString::fromLatin1("Reference change notification mode");
+const QString convertWarningKey = QString::fromLatin1("Reference Show Convert to Smart Warning Enabled");
+const QString storeModeKey = QString::fromLatin1("Reference Smart Reference Store mode");
+const QString storeLocationKey = QString::fromLatin1("Reference Smart Reference Store Location");
+const QString loadModeKey = QString::fromLatin1("Reference Load Sub References mode");
+const QString smartUpdateKey = QString::fromLatin1("Reference Smart update mode");
+const QString preserveMaterialsKey = QString::fromLatin1("Reference Preserve Material Assignment");
 
 const int customStoreMode = 1;
 

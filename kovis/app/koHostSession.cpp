@@ -4,6 +4,9 @@
 #include "koScreenPlatformService.h"
 
 #include <kovis/koHost.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koPreferencesCategory.h>
+#include <kovis/koPreferencesService.h>
 
 koHostSession::koHostSession(const QString& settingsFile)
 {
@@ -26,4 +29,19 @@ koHostSession::~koHostSession()
 void koHostSession::loadPlugins(const QString& folder)
 {
     m_plugins.loadFolder(folder);
+    storeFirstDefaults();
+}
+
+void koHostSession::storeFirstDefaults()
+{
+    // Pages read what is stored; before their first run nothing is, and their
+    // fallbacks are not their defaults.
+    auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+    for (koPreferencesCategory* category : koPreferencesCategory::registeredCategories()) {
+        if (preferences->hasDefaults(category->getName()))
+            continue;
+        category->initDefaults(false);
+        preferences->setHasDefaults(category->getName());
+        preferences->notifyCategoryApplied(category->getName());
+    }
 }

@@ -18,9 +18,13 @@ public:
     koHostSession& operator=(const koHostSession&) = delete;
 
     koMainWindow& window() { return *m_window; }
+    // Loads every plug-in of the folder and stores the defaults of preference pages
+    // the host has never run.
     void loadPlugins(const QString& folder);
 
 private:
+    void storeFirstDefaults();
+
     std::unique_ptr<koMainWindow> m_window;
     koPluginLoader m_plugins;
 };

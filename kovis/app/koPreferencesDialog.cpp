@@ -40,7 +40,7 @@ koPreferencesDialog::koPreferencesDialog(QWidget* parent)
     connect(m_buttons->button(QDialogButtonBox::RestoreDefaults), &QPushButton::clicked, this,
             &koPreferencesDialog::restoreDefaults);
     addPages();
-    resize(640, 480);
+    resize(sizeHint().expandedTo(QSize(640, 480)));
 }
 
 koPreferencesDialog::~koPreferencesDialog()

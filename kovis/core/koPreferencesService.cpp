@@ -1,5 +1,7 @@
 #include <kovis/koPreferencesService.h>
 
+#include "koOwnedText.h"
+
 #include <QSettings>
 
 koPreferencesService::koPreferencesService(const QString& settingsFile, QObject* parent)
@@ -82,8 +84,29 @@ void koPreferencesService::sync()
     m_settings->sync();
 }
 
-void koPreferencesService::store(const QString& key, const QVariant& value, bool markChanged)
+namespace {
+
+QString defaultsKey(const QString& category)
 {
+    return QStringLiteral("Preference Categories/") + category + QStringLiteral(" Defaults Stored");
+}
+
+} // namespace
+
+bool koPreferencesService::hasDefaults(const QString& category) const
+{
+    return m_settings->value(defaultsKey(category), false).toBool();
+}
+
+void koPreferencesService::setHasDefaults(const QString& category)
+{
+    m_settings->setValue(defaultsKey(category), true);
+}
+
+void koPreferencesService::store(const QString& givenKey, const QVariant& value, bool markChanged)
+{
+    // Keys often are a plug-in's literals, gone when it unloads; the store outlives it.
+    const QString key = koOwnedText(givenKey);
     const QVariant old = m_settings->value(key);
     // Values read back from the file are text; compare them as text.
     if (old.isValid() && old.toString() == value.toString())

@@ -38,13 +38,17 @@ public:
 
     void sync();
 
+    // Whether the category's defaults were ever stored; the host stores them once.
+    bool hasDefaults(const QString& category) const;
+    void setHasDefaults(const QString& category);
+
 signals:
     void valueChanged(const QString& key);
     void categoryChanged(const QString& category);
     void categoryApplied(const QString& category);
 
 private:
-    void store(const QString& key, const QVariant& value, bool markChanged);
+    void store(const QString& givenKey, const QVariant& value, bool markChanged);
 
     QScopedPointer<QSettings> m_settings;
     QSet<QString> m_changedKeys;

@@ -5,6 +5,7 @@
 #include "koReferenceFlatModelItem.h"
 #include "koReferenceModelItem.h"
 #include "koReferenceRepathFlow.h"
+#include "koReferenceSaveCommands.h"
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 
@@ -39,6 +40,7 @@ constexpr int columnCount = koReferenceModelItem::ColumnCount;
 
 koReferenceEditorModule::koReferenceEditorModule(QWidget* parent, const QString& objectName)
     : QMainWindow(parent, Qt::WindowFlags())
+    , m_saveCommands(std::make_unique<koReferenceSaveCommands>(*this))
 {
     setObjectName(objectName);
     setupUi(this);
@@ -190,8 +192,10 @@ void koReferenceEditorModule::connectHost()
     auto* references = service<koReferenceService>();
     connect(references, &koReferenceService::updateMonitoringChanged, this, &koReferenceEditorModule::scheduleReload);
     connect(references, &koReferenceService::referencesChanged, this, &koReferenceEditorModule::scheduleReload);
+    connectSmartPathsUpdate();
     connect(references, &koReferenceService::referenceCreated, this, &koReferenceEditorModule::onReferenceCreated);
     connectRepathRequests();
+    connectSaveRequests();
     auto* fileIO = service<koFileIOService>();
     connect(fileIO, &koFileIOService::projectLoad, this, [this] { m_projectLoading = true; });
     connect(fileIO, &koFileIOService::projectLoadFinished, this, [this] {
@@ -211,10 +215,48 @@ void koReferenceEditorModule::connectRepathRequests()
             [this](const QList<kodReferenceNode>& nodes) { repathReferences(nodes, true, false); });
 }
 
+void koReferenceEditorModule::connectSmartPathsUpdate()
+{
+    // The host asks for the file it is about to write itself: no new smart file may take it.
+    connect(service<koInternalUiService>(), &koInternalUiService::requestUiSmartPathsUpdate, this,
+            [this](const kodNode& node, const QString& path, bool& result) {
+                const QList<kodReferenceNode> references = service<koReferenceService>()->getReferences(node);
+                result = updateUnsavedSmartPaths(references, path, true) == DialogAccepted;
+            });
+}
+
+void koReferenceEditorModule::connectSaveRequests()
+{
+    auto* ui = service<koInternalUiService>();
+    connect(ui, &koInternalUiService::requestUiSaveSmarts, this, &koReferenceEditorModule::saveSmartChanges);
+    connect(ui, &koInternalUiService::requestUiSaveSmartsAs, this, &koReferenceEditorModule::saveSmartAs);
+}
+
 void koReferenceEditorModule::repathReferences(const QList<kodReferenceNode>& nodes, bool sources, bool smarts)
 {
     if (koReferenceRepathFlow::run(this, nodes, sources, smarts))
         scheduleReload();
+}
+
+ReferenceDialogCode koReferenceEditorModule::updateUnsavedSmartPaths(const QList<kodReferenceNode>& references,
+                                                                     const QString& reservedPath, bool warnOverwrite)
+{
+    return m_saveCommands->updateUnsavedSmartPaths(references, reservedPath, warnOverwrite);
+}
+
+void koReferenceEditorModule::saveSmartChanges(const QList<kodReferenceNode>& references)
+{
+    m_saveCommands->saveSmartChanges(references);
+}
+
+void koReferenceEditorModule::saveAllSmartChanges()
+{
+    m_saveCommands->saveAll();
+}
+
+void koReferenceEditorModule::saveSmartAs(const QList<kodReferenceNode>& references)
+{
+    m_saveCommands->saveAs(references);
 }
 
 void koReferenceEditorModule::scheduleReload()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ReferenceDialogCode.h"
 #include "ui_koReferenceEditorUI.h"
 
 #include <kovis/kodReferenceNode.h>
@@ -10,6 +11,7 @@
 
 class koNodeBasedSelectionModel;
 class koReferenceFilterModel;
+class koReferenceSaveCommands;
 class koReferenceTreeModel;
 class QTreeView;
 
@@ -46,6 +48,13 @@ public:
     // Points the sources, the smart links or both of the references at their files in
     // a folder the user picks.
     void repathReferences(const QList<kodReferenceNode>& nodes, bool sources, bool smarts);
+    // Gives the new smart references among the references and below them their files'
+    // paths; none of them takes reservedPath.
+    ReferenceDialogCode updateUnsavedSmartPaths(const QList<kodReferenceNode>& references,
+                                                const QString& reservedPath, bool warnOverwrite);
+    void saveSmartChanges(const QList<kodReferenceNode>& references);
+    void saveAllSmartChanges();
+    void saveSmartAs(const QList<kodReferenceNode>& references);
 
     koReferenceTreeModel* referenceModel() const { return m_model.get(); }
     koReferenceFilterModel* filterModel() const { return m_filterModel; }
@@ -66,6 +75,8 @@ private:
     void registerModule();
     void connectHost();
     void connectRepathRequests();
+    void connectSmartPathsUpdate();
+    void connectSaveRequests();
     void reloadModel();
     void onReferenceCreated(const kodReferenceNode& reference);
     void scrollToFirstSelected();
@@ -74,6 +85,7 @@ private:
     bool m_reloadPending = false;
     bool m_projectLoading = false;
     std::unique_ptr<koReferenceTreeModel> m_model;
+    std::unique_ptr<koReferenceSaveCommands> m_saveCommands;
     koReferenceFilterModel* m_filterModel = nullptr;
     koNodeBasedSelectionModel* m_selectionModel = nullptr;
     // Nodes whose rows were expanded in the graph, kept across a switch to the list.

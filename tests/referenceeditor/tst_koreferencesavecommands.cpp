@@ -1,0 +1,549 @@
+#include "koDialogDriver.h"
+#include "koReferenceEditorModule.h"
+#include "koReferenceSmartLocationDialogUI.h"
+#include "koScriptedFileDialog.h"
+#include "koTestHost.h"
+#include "koTestServices.h"
+
+#include <kovis/QKOScrollableMessageBox.h>
+#include <kovis/koFileIOService.h>
+#include <kovis/koInternalUiService.h>
+#include <kovis/koReferenceService.h>
+#include <kovis/koTreeService.h>
+
+#include <QDirIterator>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QtTest>
+
+class tst_koReferenceSaveCommands : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void saveSelected_data();
+    void saveSelected();
+    void convertedReferenceLoadsBackFromItsFile();
+    void overwriteQuestion_data();
+    void overwriteQuestion();
+    void saveAs_data();
+    void saveAs();
+    void smartPathsUpdateRequest_data();
+    void smartPathsUpdateRequest();
+    void modifiedSaveWarnings_data();
+    void modifiedSaveWarnings();
+
+private:
+    void prepare(const QStringList& steps);
+    kodReferenceNode reference(const QString& name) const;
+    QList<kodReferenceNode> references(const QStringList& names) const;
+    QStringList smartPaths(const QStringList& names) const;
+    QStringList smartFiles() const;
+    void answerLocationDialog(koDialogDriver& driver, const QString& answer, const QString& customFolder = QString());
+
+    koTestHost m_host;
+    std::unique_ptr<koReferenceEditorModule> m_module;
+    QHash<QString, kodReferenceNode> m_clones;
+};
+
+namespace {
+
+// Message boxes as they were when they were shown.
+class ShownBoxes : public QObject
+{
+public:
+    ShownBoxes() { qApp->installEventFilter(this); }
+    ~ShownBoxes() override { qApp->removeEventFilter(this); }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* box = qobject_cast<QMessageBox*>(watched);
+        if (box && event->type() == QEvent::Show) {
+            scrollable.append(qobject_cast<QKOScrollableMessageBox*>(box) && box->findChild<QScrollArea*>());
+            parentless.append(box->parentWidget() == nullptr);
+        }
+        return false;
+    }
+
+    QList<bool> scrollable;
+    QList<bool> parentless;
+};
+
+QString treeOf(const kodNode& node)
+{
+    QStringList children;
+    for (const kodNode& child : node.getChildren())
+        children.append(treeOf(child));
+    return node.getName() + (children.isEmpty() ? QString() : QLatin1Char('(') + children.join(' ') + QLatin1Char(')'));
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The names of "Name=path" entries.
+QStringList namesIn(QStringList entries)
+{
+    return entries.replaceInStrings(QRegularExpression(QStringLiteral("=.*")), QString());
+}
+
+const QString wheelObj = QStringLiteral("o Hub\nv 0 0 0\nv 1 0 0\nv 0 1 0\ng Axle\nf 1 2 3\no Rim\ng Ring\nf 1 2 3\n");
+
+} // namespace
+
+void tst_koReferenceSaveCommands::init()
+{
+    m_host.writeFile(QStringLiteral("parts/wheel.obj"), wheelObj.toUtf8());
+    m_host.writeFile(QStringLiteral("parts/wheel.stl"), "solid wheel\nendsolid wheel\n");
+    m_host.writeFile(QStringLiteral("parts/spoke.obj"), "o Spoke\nv 0 0 0\n");
+    m_host.writeFile(QStringLiteral("frame/headset.obj"), "o Headset\nv 0 0 0\n");
+    m_host.writeFile(QStringLiteral("blocked.txt"), "a file, so nothing can be created below it");
+    QDir().mkpath(m_host.path(QStringLiteral("custom")));
+    m_host.writeProject(QStringLiteral("saved/saved.kpr"), {koTestHost::geometry("Body")});
+    m_host.writeProject(QStringLiteral("frame/fork.kpr"), {koTestHost::geometry("Blade")});
+    m_host.writeProject(QStringLiteral("frame/frame.kpr"), {koTestHost::reference("Fork", "fork.kpr", QString()),
+                                                            koTestHost::reference("Headset", QString(), "headset.obj")});
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::reference("Wheel", QString(), "parts/wheel.obj"),
+         koTestHost::reference("WheelStl", QString(), "parts/wheel.stl"),
+         koTestHost::group("Assembly", {koTestHost::reference("Spoke", QString(), "parts/spoke.obj")}),
+         koTestHost::reference("Saved", "saved/saved.kpr", QString()),
+         koTestHost::reference("Frame", "frame/frame.kpr", QString()),
+         koTestHost::reference("Blocked", QString(), "blocked.txt/parts/blocked.obj")});
+    QVERIFY(testService<koFileIOService>()->loadProject(project));
+    m_module = std::make_unique<koReferenceEditorModule>();
+    QCoreApplication::processEvents();
+}
+
+void tst_koReferenceSaveCommands::cleanup()
+{
+    m_module.reset();
+    m_clones.clear();
+    QDir folder(m_host.path(QString()));
+    folder.removeRecursively();
+    folder.mkpath(folder.path());
+}
+
+// Steps: "convert:Name", "clone:Name" (the clone is "Name clone"), "unload:Name",
+// "bare:Name" (a new reference made smart without any source), "file:path".
+void tst_koReferenceSaveCommands::prepare(const QStringList& steps)
+{
+    auto* references = testService<koReferenceService>();
+    for (const QString& step : steps) {
+        const QString what = step.section(QLatin1Char(':'), 0, 0);
+        const QString name = step.section(QLatin1Char(':'), 1);
+        if (what == QLatin1String("convert"))
+            references->convertToSmartReference(reference(name));
+        else if (what == QLatin1String("clone"))
+            m_clones.insert(name + QStringLiteral(" clone"),
+                            kodReferenceNode(testService<koTreeService>()->cloneNodes({reference(name)}).value(0).getObjectId()));
+        else if (what == QLatin1String("unload"))
+            reference(name).unload();
+        else if (what == QLatin1String("bare")) {
+            kodReferenceNode bare = references->createReference(kodNode());
+            bare.setName(name);
+            references->convertToSmartReference(bare);
+        } else if (what == QLatin1String("file"))
+            m_host.writeFile(name, "old");
+    }
+}
+
+kodReferenceNode tst_koReferenceSaveCommands::reference(const QString& name) const
+{
+    if (m_clones.contains(name))
+        return m_clones.value(name);
+    for (const kodReferenceNode& candidate : testService<koReferenceService>()->getSceneReferences()) {
+        if (candidate.getName() == name)
+            return candidate;
+    }
+    return kodReferenceNode();
+}
+
+QList<kodReferenceNode> tst_koReferenceSaveCommands::references(const QStringList& names) const
+{
+    QList<kodReferenceNode> result;
+    for (const QString& name : names)
+        result.append(reference(name));
+    return result;
+}
+
+// "Name=path" with the path relative to the test folder, "-" for none.
+QStringList tst_koReferenceSaveCommands::smartPaths(const QStringList& names) const
+{
+    QStringList result;
+    const QDir root(m_host.path(QString()));
+    for (const QString& name : names) {
+        const QString path = reference(name).getSmartPath();
+        result.append(name + QLatin1Char('=') + (path.isEmpty() ? QStringLiteral("-") : root.relativeFilePath(path)));
+    }
+    return result;
+}
+
+// The smart files in the test folder besides those the test starts with.
+QStringList tst_koReferenceSaveCommands::smartFiles() const
+{
+    QStringList files;
+    const QDir root(m_host.path(QString()));
+    QDirIterator it(root.path(), {QStringLiteral("*.kpr")}, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        files.append(root.relativeFilePath(it.next()));
+    for (const char* initial : {"project.kpr", "saved/saved.kpr", "frame/frame.kpr", "frame/fork.kpr"})
+        files.removeOne(QLatin1String(initial));
+    files.sort();
+    return files;
+}
+
+// "next", "custom", "custom only" (checks that nothing else is offered) or "reject".
+void tst_koReferenceSaveCommands::answerLocationDialog(koDialogDriver& driver, const QString& answer,
+                                                       const QString& customFolder)
+{
+    const QString folder = customFolder.isEmpty() ? QString() : m_host.path(customFolder);
+    driver.handleDialog([answer, folder](QDialog* shown) {
+        auto* dialog = qobject_cast<koReferenceSmartLocationDialogUI*>(shown);
+        QVERIFY(dialog);
+        if (answer == QLatin1String("reject")) {
+            dialog->buttonBox->button(QDialogButtonBox::Cancel)->click();
+            return;
+        }
+        QCOMPARE(dialog->m_location->isHidden(), answer == QLatin1String("custom only"));
+        if (answer == QLatin1String("custom only"))
+            QCOMPARE(dialog->m_location->currentIndex(), 1);
+        dialog->m_location->setCurrentIndex(answer == QLatin1String("next") ? 0 : 1);
+        dialog->m_customPath->setText(folder);
+        dialog->buttonBox->button(QDialogButtonBox::Ok)->click();
+    });
+}
+
+void tst_koReferenceSaveCommands::saveSelected_data()
+{
+    QTest::addColumn<QStringList>("steps");
+    QTest::addColumn<QStringList>("selection");
+    QTest::addColumn<QString>("dialog");
+    QTest::addColumn<QStringList>("expectedPaths");
+    QTest::addColumn<QStringList>("expectedFiles");
+
+    QTest::newRow("nothing unsaved") << QStringList() << QStringList{"Saved", "Wheel"} << QString()
+                                     << QStringList{"Saved=saved/saved.kpr", "Wheel=-"} << QStringList();
+    QTest::newRow("next to the source")
+        << QStringList{"convert:Wheel"} << QStringList{"Wheel"} << "next" << QStringList{"Wheel=parts/wheel.kpr"}
+        << QStringList{"parts/wheel.kpr"};
+    QTest::newRow("clones share one file")
+        << QStringList{"convert:Wheel", "clone:Wheel"} << QStringList{"Wheel", "Wheel clone"} << "next"
+        << QStringList{"Wheel=parts/wheel.kpr", "Wheel clone=parts/wheel.kpr"} << QStringList{"parts/wheel.kpr"};
+    QTest::newRow("unloaded reference only takes its name")
+        << QStringList{"convert:WheelStl", "unload:WheelStl", "convert:Wheel", "file:parts/wheel.kpr"}
+        << QStringList{"WheelStl", "Wheel"} << "next" << QStringList{"WheelStl=-", "Wheel=parts/wheel_1.kpr"}
+        << QStringList{"parts/wheel.kpr", "parts/wheel_1.kpr"};
+    QTest::newRow("no source: only a custom folder")
+        << QStringList{"bare:Bare"} << QStringList{"Bare"} << "custom only" << QStringList{"Bare=custom/Bare.kpr"}
+        << QStringList{"custom/Bare.kpr"};
+    QTest::newRow("new sub-reference") << QStringList{"convert:Headset"} << QStringList{"Frame"} << "next"
+                                       << QStringList{"Frame=frame/frame.kpr", "Headset=frame/headset.kpr"}
+                                       << QStringList{"frame/headset.kpr"};
+    QTest::newRow("location dialog cancelled") << QStringList{"convert:Wheel"} << QStringList{"Wheel"} << "reject"
+                                               << QStringList{"Wheel=-"} << QStringList();
+}
+
+void tst_koReferenceSaveCommands::saveSelected()
+{
+    QFETCH(QStringList, steps);
+    QFETCH(QStringList, selection);
+    QFETCH(QString, dialog);
+    QFETCH(QStringList, expectedPaths);
+    QFETCH(QStringList, expectedFiles);
+
+    prepare(steps);
+    koDialogDriver driver;
+    if (!dialog.isEmpty())
+        answerLocationDialog(driver, dialog, QStringLiteral("custom"));
+
+    m_module->saveSmartChanges(references(selection));
+
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+    QCOMPARE(smartPaths(namesIn(expectedPaths)), expectedPaths);
+    QCOMPARE(smartFiles(), expectedFiles);
+}
+
+void tst_koReferenceSaveCommands::convertedReferenceLoadsBackFromItsFile()
+{
+    kodReferenceNode wheel = reference(QStringLiteral("Wheel"));
+    const QString tree = treeOf(wheel);
+    QCOMPARE(tree, QStringLiteral("Wheel(Hub(Axle) Rim(Ring))"));
+    testService<koReferenceService>()->convertToSmartReference(wheel);
+    QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::Unsaved);
+    koDialogDriver driver;
+    answerLocationDialog(driver, QStringLiteral("next"));
+
+    m_module->saveSmartChanges({wheel});
+
+    QCOMPARE(driver.unexpected(), QStringList());
+    const QString file = m_host.path(QStringLiteral("parts/wheel.kpr"));
+    QCOMPARE(wheel.getSmartPath(), file);
+    QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::UpToDate);
+    QVERIFY(testService<koFileIOService>()->loadProject(file));
+    const kodNode root = testService<koReferenceService>()->getSceneReferences().value(0);
+    QCOMPARE(treeOf(root).section(QLatin1Char('('), 1), tree.section(QLatin1Char('('), 1));
+}
+
+void tst_koReferenceSaveCommands::overwriteQuestion_data()
+{
+    QTest::addColumn<bool>("saveAs");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QStringList>("expectedPaths");
+
+    const QStringList assigned{"Wheel=parts/wheel.kpr", "Spoke=parts/spoke.kpr"};
+    QTest::newRow("save, OK") << false << int(QMessageBox::Ok) << assigned;
+    QTest::newRow("save, Cancel") << false << int(QMessageBox::Cancel) << QStringList{"Wheel=-", "Spoke=-"};
+    QTest::newRow("save as never asks") << true << int(QMessageBox::NoButton) << assigned;
+}
+
+void tst_koReferenceSaveCommands::overwriteQuestion()
+{
+    QFETCH(bool, saveAs);
+    QFETCH(int, answer);
+    QFETCH(QStringList, expectedPaths);
+
+    prepare({"convert:Wheel", "convert:Spoke", "file:parts/wheel.kpr", "file:parts/spoke.kpr"});
+    koDialogDriver driver;
+    answerLocationDialog(driver, QStringLiteral("next"));
+    if (answer != QMessageBox::NoButton)
+        driver.answerMessageBox(QMessageBox::StandardButton(answer));
+    const ShownBoxes shown;
+    koScriptedFileDialog files;
+    const QList<kodReferenceNode> selected = references({"Wheel", "Spoke"});
+
+    if (saveAs)
+        emit testService<koInternalUiService>()->requestUiSaveSmartsAs(selected);
+    else
+        emit testService<koInternalUiService>()->requestUiSaveSmarts(selected);
+
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+    QCOMPARE(smartPaths({"Wheel", "Spoke"}), expectedPaths);
+    QCOMPARE(files.calls().size(), saveAs ? 2 : 0);
+    QCOMPARE(readFile(m_host.path(QStringLiteral("parts/wheel.kpr"))) != "old", answer == QMessageBox::Ok);
+    if (saveAs)
+        return;
+    QCOMPARE(driver.messageBoxes().size(), 1);
+    const koDialogDriver::MessageBox& box = driver.messageBoxes().first();
+    QCOMPARE(box.title, QStringLiteral("Save Smart Changes"));
+    QCOMPARE(box.text, QStringLiteral("The smart reference files listed below that you are attempting to save "
+                                      "already exist.\nSelect OK to overwrite (this action is not undoable) or "
+                                      "Cancel to abort the save.\n\n%1\n%2\n")
+                           .arg(m_host.path(QStringLiteral("parts/wheel.kpr")),
+                                m_host.path(QStringLiteral("parts/spoke.kpr"))));
+    QCOMPARE(box.icon, QMessageBox::Warning);
+    QCOMPARE(box.buttons, QMessageBox::Ok | QMessageBox::Cancel);
+    QCOMPARE(box.defaultButton, QMessageBox::Cancel);
+    QCOMPARE(shown.scrollable, QList<bool>{true});
+    QCOMPARE(shown.parentless, QList<bool>{true});
+}
+
+void tst_koReferenceSaveCommands::saveAs_data()
+{
+    QTest::addColumn<int>("listMode");
+    // The answers of the file dialogs for Frame and Saved; empty for Cancel.
+    QTest::addColumn<QStringList>("answers");
+    QTest::addColumn<QStringList>("expectedPaths");
+    QTest::addColumn<bool>("subReferenceWritten");
+
+    QTest::newRow("graph: with changed sub-references")
+        << 0 << QStringList{"copies/frame.kpr", "copies/saved.kpr"}
+        << QStringList{"Frame=copies/frame.kpr", "Saved=copies/saved.kpr"} << true;
+    QTest::newRow("list: the reference alone") << 1 << QStringList{"copies/frame.kpr", "copies/saved.kpr"}
+                                               << QStringList{"Frame=copies/frame.kpr", "Saved=copies/saved.kpr"}
+                                               << false;
+    QTest::newRow("one file dialog cancelled") << 0 << QStringList{QString(), "copies/saved.kpr"}
+                                               << QStringList{"Frame=frame/frame.kpr", "Saved=copies/saved.kpr"}
+                                               << false;
+}
+
+void tst_koReferenceSaveCommands::saveAs()
+{
+    QFETCH(int, listMode);
+    QFETCH(QStringList, answers);
+    QFETCH(QStringList, expectedPaths);
+    QFETCH(bool, subReferenceWritten);
+
+    QDir().mkpath(m_host.path(QStringLiteral("copies")));
+    m_module->m_listMode->setCurrentIndex(listMode);
+    reference(QStringLiteral("Fork")).getChild(0).setName(QStringLiteral("Edited"));
+    const QByteArray fork = readFile(m_host.path(QStringLiteral("frame/fork.kpr")));
+    koScriptedFileDialog files;
+    for (const QString& answer : qAsConst(answers))
+        files.answer(answer.isEmpty() ? QString() : m_host.path(answer));
+
+    m_module->saveSmartAs(references({"Frame", "Saved"}));
+
+    QCOMPARE(files.calls().size(), 2);
+    const QStringList starts{m_host.path(QStringLiteral("frame/frame.kpr")), m_host.path(QStringLiteral("saved/saved.kpr"))};
+    for (int call = 0; call < 2; ++call) {
+        QCOMPARE(files.calls().at(call).function, koFileDialog::Function::SaveFileName);
+        QCOMPARE(files.calls().at(call).caption, QStringLiteral("Save Smart Reference As"));
+        QCOMPARE(files.calls().at(call).dir, starts.at(call));
+        QCOMPARE(files.calls().at(call).filter, QStringLiteral("*.kpr"));
+        QCOMPARE(files.calls().at(call).parent.data(), m_module.get());
+    }
+    QCOMPARE(smartPaths(namesIn(expectedPaths)), expectedPaths);
+    for (const QString& answer : qAsConst(answers))
+        QVERIFY(answer.isEmpty() || QFile::exists(m_host.path(answer)));
+    QCOMPARE(readFile(m_host.path(QStringLiteral("frame/fork.kpr"))) != fork, subReferenceWritten);
+}
+
+void tst_koReferenceSaveCommands::smartPathsUpdateRequest_data()
+{
+    QTest::addColumn<QStringList>("steps");
+    QTest::addColumn<QString>("node");
+    QTest::addColumn<QString>("reserved");
+    QTest::addColumn<QString>("dialog");
+    QTest::addColumn<QString>("customFolder");
+    QTest::addColumn<int>("boxAnswer");
+    QTest::addColumn<bool>("expectedResult");
+    QTest::addColumn<QStringList>("expectedPaths");
+
+    const QStringList wheel{"convert:Wheel"};
+    const int none = QMessageBox::NoButton;
+    const int refused = QMessageBox::Ok;
+    QTest::newRow("nothing unsaved") << QStringList() << "Wheel" << QString() << QString() << QString() << none
+                                     << true << QStringList{"Wheel=-"};
+    QTest::newRow("next to the source") << wheel << "Wheel" << QString() << "next" << QString() << none << true
+                                        << QStringList{"Wheel=parts/wheel.kpr"};
+    QTest::newRow("reserved path") << wheel << "Wheel" << "parts/wheel.kpr" << "next" << QString() << none << true
+                                   << QStringList{"Wheel=parts/wheel_1.kpr"};
+    QTest::newRow("only the node's references")
+        << QStringList{"convert:Wheel", "convert:Spoke"} << "Assembly" << QString() << "next" << QString() << none
+        << true << QStringList{"Wheel=-", "Spoke=parts/spoke.kpr"};
+    QTest::newRow("custom folder") << wheel << "Wheel" << QString() << "custom" << "custom" << none << true
+                                   << QStringList{"Wheel=custom/Wheel.kpr"};
+    QTest::newRow("dialog cancelled") << wheel << "Wheel" << QString() << "reject" << QString() << none << false
+                                      << QStringList{"Wheel=-"};
+    QTest::newRow("empty custom folder") << wheel << "Wheel" << QString() << "custom" << QString() << none << false
+                                         << QStringList{"Wheel=-"};
+    QTest::newRow("custom folder not writable") << wheel << "Wheel" << QString() << "custom" << "blocked.txt/custom"
+                                                << refused << false << QStringList{"Wheel=-"};
+    QTest::newRow("source folder not writable") << QStringList{"convert:Blocked"} << "Blocked" << QString() << "next"
+                                                << QString() << refused << false << QStringList{"Blocked=-"};
+    QTest::newRow("overwrite cancelled")
+        << QStringList{"convert:Wheel", "file:parts/wheel.kpr"} << "Wheel" << QString() << "next" << QString()
+        << int(QMessageBox::Cancel) << false << QStringList{"Wheel=-"};
+}
+
+void tst_koReferenceSaveCommands::smartPathsUpdateRequest()
+{
+    QFETCH(QStringList, steps);
+    QFETCH(QString, node);
+    QFETCH(QString, reserved);
+    QFETCH(QString, dialog);
+    QFETCH(QString, customFolder);
+    QFETCH(int, boxAnswer);
+    QFETCH(bool, expectedResult);
+    QFETCH(QStringList, expectedPaths);
+
+    prepare(steps);
+    koDialogDriver driver;
+    if (!dialog.isEmpty())
+        answerLocationDialog(driver, dialog, customFolder);
+    if (boxAnswer != QMessageBox::NoButton)
+        driver.answerMessageBox(QMessageBox::StandardButton(boxAnswer));
+    const kodNode target = node == QLatin1String("Assembly") ? reference(QStringLiteral("Spoke")).getParent()
+                                                              : kodNode(reference(node));
+    bool result = !expectedResult;
+
+    emit testService<koInternalUiService>()->requestUiSmartPathsUpdate(
+        target, reserved.isEmpty() ? QString() : m_host.path(reserved), result);
+
+    QCOMPARE(result, expectedResult);
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+    QCOMPARE(smartPaths(namesIn(expectedPaths)), expectedPaths);
+    if (boxAnswer == QMessageBox::Ok) {
+        const koDialogDriver::MessageBox& box = driver.messageBoxes().first();
+        QCOMPARE(box.title, QStringLiteral("Choose Smart Reference Location"));
+        QCOMPARE(box.text, QStringLiteral("You appear to not have write permissions for at least one of the source "
+                                          "directories. Save operation canceled."));
+        QCOMPARE(box.icon, QMessageBox::Critical);
+        QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    }
+}
+
+void tst_koReferenceSaveCommands::modifiedSaveWarnings_data()
+{
+    QTest::addColumn<bool>("saveAll");
+    QTest::addColumn<QString>("changed");
+    QTest::addColumn<bool>("outdated");
+    QTest::addColumn<QList<int>>("answers");
+    QTest::addColumn<QStringList>("expectedTexts");
+    QTest::addColumn<bool>("expectedWritten");
+
+    const QString outdatedText = QStringLiteral(
+        "You are about to save your modifications to an outdated smart reference file. Any changes made to the file "
+        "will be overwritten. This action is not undoable. Select OK to proceed.");
+    const QString subText = QStringLiteral(
+        "This modified reference also has modified sub-references. Saving it will also save all modified "
+        "sub-references. This action is not undoable. Select OK to proceed.");
+    const QList<int> ok{QMessageBox::Ok};
+    const QList<int> cancel{QMessageBox::Cancel};
+
+    QTest::newRow("changed, no question") << false << "Saved" << false << QList<int>() << QStringList() << true;
+    QTest::newRow("outdated, unchanged: no question") << false << QString() << true << QList<int>() << QStringList()
+                                                      << false;
+    QTest::newRow("changed and outdated, OK") << false << "Saved" << true << ok << QStringList{outdatedText} << true;
+    QTest::newRow("changed and outdated, Cancel")
+        << false << "Saved" << true << cancel << QStringList{outdatedText} << false;
+    QTest::newRow("changed sub-reference, OK") << false << "Fork" << false << ok << QStringList{subText} << true;
+    QTest::newRow("changed sub-reference, Cancel")
+        << false << "Fork" << false << cancel << QStringList{subText} << false;
+    QTest::newRow("save all asks nothing") << true << "Saved" << true << QList<int>() << QStringList() << true;
+}
+
+void tst_koReferenceSaveCommands::modifiedSaveWarnings()
+{
+    QFETCH(bool, saveAll);
+    QFETCH(QString, changed);
+    QFETCH(bool, outdated);
+    QFETCH(QList<int>, answers);
+    QFETCH(QStringList, expectedTexts);
+    QFETCH(bool, expectedWritten);
+
+    const bool sub = changed == QLatin1String("Fork");
+    const QString file = m_host.path(sub ? QStringLiteral("frame/fork.kpr") : QStringLiteral("saved/saved.kpr"));
+    if (!changed.isEmpty())
+        reference(changed).getChild(0).setName(QStringLiteral("Edited"));
+    const QDateTime later = QDateTime::currentDateTimeUtc().addSecs(60);
+    if (outdated) {
+        koTestHost::setModified(file, later);
+        testService<koReferenceService>()->checkFiles();
+    }
+    const QByteArray before = readFile(file);
+    koDialogDriver driver;
+    for (int answer : qAsConst(answers))
+        driver.answerMessageBox(QMessageBox::StandardButton(answer));
+    const QByteArray scene = koTestHost::sceneSnapshot();
+
+    if (saveAll)
+        m_module->saveAllSmartChanges();
+    else
+        m_module->saveSmartChanges({reference(sub ? QStringLiteral("Frame") : QStringLiteral("Saved"))});
+
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+    QStringList texts;
+    for (const koDialogDriver::MessageBox& box : driver.messageBoxes()) {
+        QCOMPARE(box.title, QStringLiteral("Save Smart References"));
+        QCOMPARE(box.defaultButton, QMessageBox::Cancel);
+        texts.append(box.text);
+    }
+    QCOMPARE(texts, expectedTexts);
+    QCOMPARE(readFile(file) != before, expectedWritten);
+    if (!expectedWritten)
+        QCOMPARE(koTestHost::sceneSnapshot(), scene);
+}
+
+QTEST_MAIN(tst_koReferenceSaveCommands)
+#include "tst_koreferencesavecommands.moc"

@@ -1,6 +1,7 @@
 #include "koReferenceEditorModule.h"
 
 #include "HtmlDelegate.h"
+#include "koReferenceCreateCommands.h"
 #include "koReferenceFilterModel.h"
 #include "koReferenceFlatModelItem.h"
 #include "koReferenceModelItem.h"
@@ -41,11 +42,13 @@ constexpr int columnCount = koReferenceModelItem::ColumnCount;
 koReferenceEditorModule::koReferenceEditorModule(QWidget* parent, const QString& objectName)
     : QMainWindow(parent, Qt::WindowFlags())
     , m_saveCommands(std::make_unique<koReferenceSaveCommands>(*this))
+    , m_createCommands(std::make_unique<koReferenceCreateCommands>(*this))
 {
     setObjectName(objectName);
     setupUi(this);
     setUpModel();
     setUpViews();
+    connectPathFields();
     registerModule();
     connectHost();
 }
@@ -196,6 +199,7 @@ void koReferenceEditorModule::connectHost()
     connect(references, &koReferenceService::referenceCreated, this, &koReferenceEditorModule::onReferenceCreated);
     connectRepathRequests();
     connectSaveRequests();
+    connectReplaceRequests();
     auto* fileIO = service<koFileIOService>();
     connect(fileIO, &koFileIOService::projectLoad, this, [this] { m_projectLoading = true; });
     connect(fileIO, &koFileIOService::projectLoadFinished, this, [this] {
@@ -232,6 +236,28 @@ void koReferenceEditorModule::connectSaveRequests()
     connect(ui, &koInternalUiService::requestUiSaveSmartsAs, this, &koReferenceEditorModule::saveSmartAs);
 }
 
+void koReferenceEditorModule::connectReplaceRequests()
+{
+    auto* ui = service<koInternalUiService>();
+    connect(ui, &koInternalUiService::requestUiReplaceSmart, this,
+            [this](const kodReferenceNode& reference) { replaceSmart(reference, QString()); });
+    connect(ui, &koInternalUiService::requestUiReplaceSource, this,
+            [this](const kodReferenceNode& reference) { replaceSource(reference, QString()); });
+}
+
+void koReferenceEditorModule::connectPathFields()
+{
+    const auto replaceWithTypedPath = [this](QLineEdit* field, auto replace) {
+        connect(field, &QLineEdit::editingFinished, this, [this, field, replace] {
+            const kodReferenceNode reference = singleSelectedReference();
+            if (!reference.isNull())
+                (this->*replace)(reference, field->text());
+        });
+    };
+    replaceWithTypedPath(m_smartFile, &koReferenceEditorModule::replaceSmart);
+    replaceWithTypedPath(m_sourceFile, &koReferenceEditorModule::replaceSource);
+}
+
 void koReferenceEditorModule::repathReferences(const QList<kodReferenceNode>& nodes, bool sources, bool smarts)
 {
     if (koReferenceRepathFlow::run(this, nodes, sources, smarts))
@@ -257,6 +283,21 @@ void koReferenceEditorModule::saveAllSmartChanges()
 void koReferenceEditorModule::saveSmartAs(const QList<kodReferenceNode>& references)
 {
     m_saveCommands->saveAs(references);
+}
+
+void koReferenceEditorModule::createReference(bool source, bool fromFile, const QList<kodNode>& selectedNodes)
+{
+    m_createCommands->create(source, fromFile, selectedNodes);
+}
+
+void koReferenceEditorModule::replaceSmart(const kodReferenceNode& reference, const QString& path)
+{
+    m_createCommands->replaceSmart(reference, path);
+}
+
+void koReferenceEditorModule::replaceSource(const kodReferenceNode& reference, const QString& path)
+{
+    m_createCommands->replaceSource(reference, path);
 }
 
 void koReferenceEditorModule::scheduleReload()
@@ -365,6 +406,12 @@ QList<kodReferenceNode> koReferenceEditorModule::selectedReferences() const
                                                                             : kodReferenceNode());
     }
     return references;
+}
+
+kodReferenceNode koReferenceEditorModule::singleSelectedReference() const
+{
+    const QList<kodReferenceNode> references = selectedReferences();
+    return references.size() == 1 ? references.first() : kodReferenceNode();
 }
 
 void koReferenceEditorModule::selectSubtree(const QList<kodReferenceNode>& references)

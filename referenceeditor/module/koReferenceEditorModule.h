@@ -10,6 +10,7 @@
 #include <memory>
 
 class koNodeBasedSelectionModel;
+class koReferenceCreateCommands;
 class koReferenceFilterModel;
 class koReferenceSaveCommands;
 class koReferenceTreeModel;
@@ -55,6 +56,12 @@ public:
     void saveSmartChanges(const QList<kodReferenceNode>& references);
     void saveAllSmartChanges();
     void saveSmartAs(const QList<kodReferenceNode>& references);
+    void createReference(bool source, bool fromFile, const QList<kodNode>& selectedNodes);
+    // An empty path asks for the file.
+    void replaceSmart(const kodReferenceNode& reference, const QString& path);
+    void replaceSource(const kodReferenceNode& reference, const QString& path);
+    // Null unless exactly one reference is selected.
+    kodReferenceNode singleSelectedReference() const;
 
     koReferenceTreeModel* referenceModel() const { return m_model.get(); }
     koReferenceFilterModel* filterModel() const { return m_filterModel; }
@@ -77,6 +84,8 @@ private:
     void connectRepathRequests();
     void connectSmartPathsUpdate();
     void connectSaveRequests();
+    void connectReplaceRequests();
+    void connectPathFields();
     void reloadModel();
     void onReferenceCreated(const kodReferenceNode& reference);
     void scrollToFirstSelected();
@@ -86,6 +95,7 @@ private:
     bool m_projectLoading = false;
     std::unique_ptr<koReferenceTreeModel> m_model;
     std::unique_ptr<koReferenceSaveCommands> m_saveCommands;
+    std::unique_ptr<koReferenceCreateCommands> m_createCommands;
     koReferenceFilterModel* m_filterModel = nullptr;
     koNodeBasedSelectionModel* m_selectionModel = nullptr;
     // Nodes whose rows were expanded in the graph, kept across a switch to the list.

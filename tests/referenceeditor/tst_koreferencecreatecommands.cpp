@@ -1,0 +1,338 @@
+#include "koDialogDriver.h"
+#include "koReferenceEditorModule.h"
+#include "koScriptedFileDialog.h"
+#include "koTestHost.h"
+#include "koTestServices.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koInternalUiService.h>
+#include <kovis/koLogService.h>
+#include <kovis/koNodeBasedSelectionModel.h>
+#include <kovis/koReferenceService.h>
+#include <kovis/koUndoStack.h>
+
+#include <QtTest>
+
+class tst_koReferenceCreateCommands : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void create_data();
+    void create();
+    void replace_data();
+    void replace();
+
+private:
+    kodNode node(const QString& name) const;
+    QString relative(const QString& path) const;
+    QString describe(const kodReferenceNode& reference) const;
+
+    koTestHost m_host;
+    std::unique_ptr<koReferenceEditorModule> m_module;
+};
+
+namespace {
+
+const QString notUndoable = QStringLiteral("\nThis action is not undoable. Select OK to proceed.");
+const QString changedText =
+    QStringLiteral("The reference which should be replaced has changed. If you proceed, all changes will be lost. ");
+
+} // namespace
+
+void tst_koReferenceCreateCommands::init()
+{
+    m_host.writeFile(QStringLiteral("parts/a.obj"), "o A\nv 0 0 0\n");
+    m_host.writeFile(QStringLiteral("parts/b.obj"), "o B\nv 0 0 0\n");
+    m_host.writeFile(QStringLiteral("parts/c.stl"), "solid c\nendsolid c\n");
+    m_host.writeProject(QStringLiteral("smart/current.kpr"), {koTestHost::geometry("Current")});
+    m_host.writeProject(QStringLiteral("smart/other.kpr"), {koTestHost::geometry("Other")});
+    m_host.writeProject(QStringLiteral("smart/both.kpr"), {koTestHost::geometry("Both")});
+    m_host.writeProject(QStringLiteral("smart/wheel.v2.kpr"), {koTestHost::geometry("Wheel")});
+    m_host.writeProject(QStringLiteral("smart/UPPER.KPR"), {koTestHost::geometry("Upper")});
+    QFile::copy(QStringLiteral(KOVIS_DEMO_OSB), m_host.path(QStringLiteral("smart/shape.osb")));
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::group("Holder"), koTestHost::reference("Smart", "smart/current.kpr", QString()),
+         koTestHost::reference("Source", QString(), "parts/a.obj"),
+         koTestHost::reference("Both", "smart/both.kpr", "parts/b.obj"),
+         koTestHost::reference("Fresh", QString(), "parts/c.stl")});
+    QVERIFY(testService<koFileIOService>()->loadProject(project));
+    testService<koReferenceService>()->convertToSmartReference(node(QStringLiteral("Fresh")));
+    m_module = std::make_unique<koReferenceEditorModule>();
+    QCoreApplication::processEvents();
+    testService<koLogService>()->clear();
+}
+
+void tst_koReferenceCreateCommands::cleanup()
+{
+    m_module.reset();
+}
+
+kodNode tst_koReferenceCreateCommands::node(const QString& name) const
+{
+    QList<kodNode> pending{kodReferenceNode(testService<koReferenceService>()->getSceneReferences().value(0))};
+    while (!pending.isEmpty()) {
+        const kodNode candidate = pending.takeFirst();
+        if (candidate.getName() == name)
+            return candidate;
+        pending += candidate.getChildren();
+    }
+    return kodNode();
+}
+
+QString tst_koReferenceCreateCommands::relative(const QString& path) const
+{
+    return QDir(m_host.path(QString())).relativeFilePath(path);
+}
+
+// "name smart source": a path relative to the test folder, "unsaved" for a smart link
+// without a file, "-" for no link.
+QString tst_koReferenceCreateCommands::describe(const kodReferenceNode& reference) const
+{
+    QString smart = QStringLiteral("-");
+    if (reference.hasSmartReference())
+        smart = reference.getSmartFileState() == koReferenceTypes::Unsaved ? QStringLiteral("unsaved")
+                                                                            : relative(reference.getSmartPath());
+    const QString source = reference.hasSourceReference() ? relative(reference.getSourcePath()) : QStringLiteral("-");
+    return QStringList{reference.getName(), smart, source}.join(QLatin1Char(' '));
+}
+
+void tst_koReferenceCreateCommands::create_data()
+{
+    QTest::addColumn<bool>("source");
+    QTest::addColumn<bool>("fromFile");
+    QTest::addColumn<QStringList>("picked");
+    QTest::addColumn<QString>("expectedCaption");
+    QTest::addColumn<QString>("expectedFilter");
+    QTest::addColumn<QStringList>("expectedReferences");
+
+    const QString smartFilter = QStringLiteral(
+        "All Supported Files (*.kpr *.osb);; Kovis Project File (*.kpr);; OpenSG Binary Geometry (*osb)");
+    const QString importFilter = testService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
+
+    QTest::newRow("new smart reference") << false << false << QStringList() << QString() << QString()
+                                         << QStringList{"Reference - -"};
+    QTest::newRow("smart references from a mixed pick")
+        << false << true
+        << QStringList{"smart/other.kpr", "parts/a.obj", "smart/shape.osb", "smart/UPPER.KPR", "smart/wheel.v2.kpr"}
+        << "Create Smart Reference" << smartFilter
+        << QStringList{"other smart/other.kpr -", "shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
+    QTest::newRow("smart references, nothing picked")
+        << false << true << QStringList() << "Create Smart Reference" << smartFilter << QStringList();
+    QTest::newRow("source reference") << true << true << QStringList{"parts/b.obj"} << "Load Source Reference"
+                                      << importFilter << QStringList{"b - parts/b.obj"};
+    QTest::newRow("source reference, nothing picked")
+        << true << true << QStringList() << "Load Source Reference" << importFilter << QStringList();
+}
+
+void tst_koReferenceCreateCommands::create()
+{
+    QFETCH(bool, source);
+    QFETCH(bool, fromFile);
+    QFETCH(QStringList, picked);
+    QFETCH(QString, expectedCaption);
+    QFETCH(QString, expectedFilter);
+    QFETCH(QStringList, expectedReferences);
+
+    koScriptedFileDialog files;
+    QStringList answer;
+    for (const QString& file : qAsConst(picked))
+        answer.append(m_host.path(file));
+    files.answer(answer);
+    const QByteArray before = koTestHost::sceneSnapshot();
+    const int undoSteps = koUndoStack::the()->count();
+    const kodNode holder = node(QStringLiteral("Holder"));
+
+    m_module->createReference(source, fromFile, {holder, node(QStringLiteral("Smart"))});
+
+    QCOMPARE(files.calls().size(), expectedCaption.isEmpty() ? 0 : 1);
+    if (!expectedCaption.isEmpty()) {
+        QCOMPARE(files.calls().first().caption, expectedCaption);
+        QCOMPARE(files.calls().first().filter, expectedFilter);
+        QCOMPARE(files.calls().first().dir, QString());
+    }
+    QStringList created;
+    for (const kodNode& child : holder.getChildren())
+        created.append(describe(kodReferenceNode(child.getObjectId())));
+    QCOMPARE(created, expectedReferences);
+    QCOMPARE(koUndoStack::the()->count(), undoSteps + (created.isEmpty() ? 0 : 1));
+    if (created.isEmpty())
+        return;
+    QCOMPARE(koUndoStack::the()->undoText(), QStringLiteral("Create reference"));
+    koUndoStack::the()->undo();
+    QCOMPARE(koTestHost::sceneSnapshot(), before);
+}
+
+void tst_koReferenceCreateCommands::replace_data()
+{
+    QTest::addColumn<bool>("smart");
+    // The reference, and the others selected with it.
+    QTest::addColumn<QString>("target");
+    // Typed into the path field; a null text asks through the file dialog instead.
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("picked");
+    QTest::addColumn<bool>("changed");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QString>("expectedBox");
+    QTest::addColumn<bool>("expectedLog");
+    QTest::addColumn<QString>("expectedReference");
+    QTest::addColumn<QString>("expectedField");
+
+    const int none = QMessageBox::NoButton;
+    const int ok = QMessageBox::Ok;
+    const int cancel = QMessageBox::Cancel;
+    const QString smartQuestion = QStringLiteral(
+        "Replace Smart Reference|You are attempting to replace a smart reference. If you proceed this will likely "
+        "change the source reference, too. ");
+    const QString smartRefused = QStringLiteral(
+        "Replace Smart Reference|The entered file path does not exists or is not a valid smart file. Replace not "
+        "possible.");
+    const QString sourceQuestion = QStringLiteral(
+        "Replace Source Reference|Replacing the source file on this smart reference will replace your current smart "
+        "reference with a newly converted version from the source. ");
+    const QString sourceMissing =
+        QStringLiteral("Replace Source Reference|The entered file path does not exists. Replace not possible.");
+    const QString smartKept = QStringLiteral("Smart smart/current.kpr -");
+    const QString sourceKept = QStringLiteral("Source - parts/a.obj");
+    const QString bothKept = QStringLiteral("Both smart/both.kpr parts/b.obj");
+
+    QTest::newRow("smart: current path typed again")
+        << true << "Smart" << "smart/current.kpr" << QString() << false << none << QString() << false << smartKept
+        << "smart/current.kpr";
+    QTest::newRow("smart: typed file missing") << true << "Smart" << "smart/missing.kpr" << QString() << false << ok
+                                               << smartRefused << false << smartKept << "smart/current.kpr";
+    QTest::newRow("smart: typed file no smart file") << true << "Smart" << "parts/a.obj" << QString() << false << ok
+                                                     << smartRefused << false << smartKept << "smart/current.kpr";
+    QTest::newRow("smart: suffix in capitals") << true << "Smart" << "smart/UPPER.KPR" << QString() << false << ok
+                                               << smartRefused << false << smartKept << "smart/current.kpr";
+    QTest::newRow("smart: typed, OK") << true << "Smart" << "smart/other.kpr" << QString() << false << ok
+                                      << smartQuestion + notUndoable << false << "other smart/other.kpr -"
+                                      << "smart/other.kpr";
+    QTest::newRow("smart: typed with two selected") << true << "Smart,Source" << "smart/other.kpr" << QString()
+                                                    << false << none << QString() << false << smartKept
+                                                    << "smart/other.kpr";
+    QTest::newRow("smart: typed, Cancel") << true << "Smart" << "smart/other.kpr" << QString() << false << cancel
+                                          << smartQuestion + notUndoable << false << smartKept << "smart/other.kpr";
+    QTest::newRow("smart: changed, OK") << true << "Smart" << "smart/other.kpr" << QString() << true << ok
+                                        << smartQuestion + '\n' + changedText + notUndoable << false
+                                        << "other smart/other.kpr -" << "smart/other.kpr";
+    QTest::newRow("smart: unsaved and unchanged, no question")
+        << true << "Fresh" << QString() << "smart/shape.osb" << false << none << QString() << false
+        << "shape smart/shape.osb parts/c.stl" << "smart/shape.osb";
+    QTest::newRow("smart: unsaved but changed")
+        << true << "Fresh" << QString() << "smart/shape.osb" << true << cancel
+        << "Replace Smart Reference|" + changedText + notUndoable << false << "Fresh unsaved parts/c.stl"
+        << "smart/shape.osb";
+    QTest::newRow("smart: dialog cancelled") << true << "Smart" << QString() << QString() << false << none
+                                             << QString() << false << smartKept << "smart/current.kpr";
+    QTest::newRow("smart: no smart file picked") << true << "Smart" << QString() << "parts/a.obj" << false << none
+                                                 << QString() << false << smartKept << "smart/current.kpr";
+
+    QTest::newRow("source: current path typed again") << false << "Source" << "parts/a.obj" << QString() << false
+                                                      << none << QString() << false << sourceKept << "parts/a.obj";
+    QTest::newRow("source: typed file missing") << false << "Source" << "parts/missing.obj" << QString() << false
+                                                << ok << sourceMissing << false << sourceKept << "parts/a.obj";
+    QTest::newRow("source: typed binary geometry") << false << "Source" << "smart/shape.osb" << QString() << false
+                                                   << none << QString() << true << sourceKept << "parts/a.obj";
+    QTest::newRow("source: typed project file") << false << "Source" << "smart/other.kpr" << QString() << false
+                                                << none << QString() << true << sourceKept << "parts/a.obj";
+    QTest::newRow("source: no smart, unchanged: no question")
+        << false << "Source" << "parts/b.obj" << QString() << false << none << QString() << false
+        << "Source - parts/b.obj" << "parts/b.obj";
+    QTest::newRow("source: changed") << false << "Source" << "parts/b.obj" << QString() << true << ok
+                                     << "Replace Source Reference|" + changedText + notUndoable << false
+                                     << "Source - parts/b.obj" << "parts/b.obj";
+    QTest::newRow("source: with smart, OK") << false << "Both" << "parts/a.obj" << QString() << false << ok
+                                            << sourceQuestion + notUndoable << false << "a unsaved parts/a.obj"
+                                            << "parts/a.obj";
+    QTest::newRow("source: with smart, Cancel") << false << "Both" << "parts/a.obj" << QString() << false << cancel
+                                                << sourceQuestion + notUndoable << false << bothKept << "parts/a.obj";
+    QTest::newRow("source: binary geometry picked") << false << "Source" << QString() << "smart/shape.osb" << false
+                                                    << none << QString() << true << sourceKept << "parts/a.obj";
+    QTest::newRow("source: picked") << false << "Source" << QString() << "parts/b.obj" << false << none << QString()
+                                    << false << "Source - parts/b.obj" << "parts/b.obj";
+    QTest::newRow("source: dialog cancelled") << false << "Source" << QString() << QString() << false << none
+                                              << QString() << false << sourceKept << "parts/a.obj";
+}
+
+void tst_koReferenceCreateCommands::replace()
+{
+    QFETCH(bool, smart);
+    QFETCH(QString, target);
+    QFETCH(QString, typed);
+    QFETCH(QString, picked);
+    QFETCH(bool, changed);
+    QFETCH(int, answer);
+    QFETCH(QString, expectedBox);
+    QFETCH(bool, expectedLog);
+    QFETCH(QString, expectedReference);
+    QFETCH(QString, expectedField);
+
+    QList<kodNode> selection;
+    for (const QString& name : target.split(QLatin1Char(',')))
+        selection.append(node(name));
+    const kodReferenceNode reference(selection.first().getObjectId());
+    if (changed)
+        reference.getChild(0).setName(QStringLiteral("Edited"));
+    QLineEdit* field = smart ? m_module->m_smartFile : m_module->m_sourceFile;
+    const QString current = smart ? reference.getSmartPath() : reference.getSourcePath();
+    field->setText(typed.isNull() ? current : m_host.path(typed));
+    koScriptedFileDialog files;
+    files.answer(picked.isEmpty() ? QString() : m_host.path(picked));
+    koDialogDriver driver;
+    if (answer != QMessageBox::NoButton)
+        driver.answerMessageBox(QMessageBox::StandardButton(answer));
+    const QByteArray before = koTestHost::sceneSnapshot();
+    const QString initial = describe(reference);
+    auto* ui = testService<koInternalUiService>();
+
+    if (!typed.isNull()) {
+        m_module->nodeSelectionModel()->selectNodes(selection);
+        QTest::keyClick(field, Qt::Key_Return);
+    } else if (smart) {
+        emit ui->requestUiReplaceSmart(reference);
+    } else {
+        emit ui->requestUiReplaceSource(reference);
+    }
+
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+    QCOMPARE(driver.messageBoxes().size(), expectedBox.isEmpty() ? 0 : 1);
+    if (!expectedBox.isEmpty()) {
+        const koDialogDriver::MessageBox& box = driver.messageBoxes().first();
+        QCOMPARE(box.title + '|' + box.text, expectedBox);
+        const bool refused = box.text.endsWith(QLatin1String("Replace not possible."));
+        QCOMPARE(box.icon, refused ? QMessageBox::Critical : QMessageBox::Warning);
+        QCOMPARE(box.buttons, refused ? QMessageBox::StandardButtons(QMessageBox::Ok)
+                                      : QMessageBox::Ok | QMessageBox::Cancel);
+        if (!refused)
+            QCOMPARE(box.defaultButton, QMessageBox::Cancel);
+    }
+    QCOMPARE(files.calls().size(), typed.isNull() ? 1 : 0);
+    if (typed.isNull()) {
+        QCOMPARE(files.calls().first().caption, smart ? QStringLiteral("Replace Smart Reference")
+                                                      : QStringLiteral("Replace Source Reference"));
+        QCOMPARE(files.calls().first().dir, current);
+        QCOMPARE(files.calls().first().filter,
+                 smart ? QStringLiteral("Smart files (*.kpr *.osb)")
+                       : testService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
+    }
+    const QList<koLogService::Entry> log = testService<koLogService>()->entries();
+    QCOMPARE(log.size(), expectedLog ? 1 : 0);
+    if (expectedLog) {
+        QCOMPARE(log.first().level, koLogService::Warning);
+        QCOMPARE(log.first().category, QStringLiteral("References"));
+        QCOMPARE(log.first().message, QStringLiteral("Kovis project or OSB files are not allowed as a source reference."));
+    }
+    QCOMPARE(describe(reference), expectedReference);
+    QCOMPARE(relative(field->text()), expectedField);
+    QVERIFY(!field->signalsBlocked());
+    if (expectedReference == initial)
+        QCOMPARE(koTestHost::sceneSnapshot(), before);
+}
+
+QTEST_MAIN(tst_koReferenceCreateCommands)
+#include "tst_koreferencecreatecommands.moc"

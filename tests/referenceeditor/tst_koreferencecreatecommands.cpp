@@ -279,7 +279,6 @@ void tst_koReferenceCreateCommands::replace()
         reference.getChild(0).setName(QStringLiteral("Edited"));
     QLineEdit* field = smart ? m_module->m_smartFile : m_module->m_sourceFile;
     const QString current = smart ? reference.getSmartPath() : reference.getSourcePath();
-    field->setText(typed.isNull() ? current : m_host.path(typed));
     koScriptedFileDialog files;
     files.answer(picked.isEmpty() ? QString() : m_host.path(picked));
     koDialogDriver driver;
@@ -289,8 +288,11 @@ void tst_koReferenceCreateCommands::replace()
     const QString initial = describe(reference);
     auto* ui = testService<koInternalUiService>();
 
+    // The field shows the reference's path until the user types another.
+    field->setText(current);
     if (!typed.isNull()) {
         m_module->nodeSelectionModel()->selectNodes(selection);
+        field->setText(m_host.path(typed));
         QTest::keyClick(field, Qt::Key_Return);
     } else if (smart) {
         emit ui->requestUiReplaceSmart(reference);

@@ -317,6 +317,7 @@ void tst_koReferenceSaveCommands::overwriteQuestion()
     const ShownBoxes shown;
     koScriptedFileDialog files;
     const QList<kodReferenceNode> selected = references({"Wheel", "Spoke"});
+    const QByteArray scene = koTestHost::sceneSnapshot();
 
     if (saveAs)
         emit testService<koInternalUiService>()->requestUiSaveSmartsAs(selected);
@@ -328,6 +329,8 @@ void tst_koReferenceSaveCommands::overwriteQuestion()
     QCOMPARE(smartPaths({"Wheel", "Spoke"}), expectedPaths);
     QCOMPARE(files.calls().size(), saveAs ? 2 : 0);
     QCOMPARE(readFile(m_host.path(QStringLiteral("parts/wheel.kpr"))) != "old", answer == QMessageBox::Ok);
+    if (answer == QMessageBox::Cancel)
+        QCOMPARE(koTestHost::sceneSnapshot(), scene);
     if (saveAs)
         return;
     QCOMPARE(driver.messageBoxes().size(), 1);

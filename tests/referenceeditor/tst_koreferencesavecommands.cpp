@@ -45,7 +45,7 @@ private:
 
     koTestHost m_host;
     std::unique_ptr<koReferenceEditorModule> m_module;
-    QHash<QString, kodReferenceNode> m_clones;
+    QHash<QString, kodReferenceNode> m_handles;
 };
 
 namespace {
@@ -123,40 +123,45 @@ void tst_koReferenceSaveCommands::init()
 void tst_koReferenceSaveCommands::cleanup()
 {
     m_module.reset();
-    m_clones.clear();
+    m_handles.clear();
     QDir folder(m_host.path(QString()));
     folder.removeRecursively();
     folder.mkpath(folder.path());
 }
 
 // Steps: "convert:Name", "clone:Name" (the clone is "Name clone"), "unload:Name",
-// "bare:Name" (a new reference made smart without any source), "file:path".
+// "bare:Name" (a new reference made smart without any source), "remove:Name" (the
+// handle "Name removed" is left stale), "file:path".
 void tst_koReferenceSaveCommands::prepare(const QStringList& steps)
 {
     auto* references = testService<koReferenceService>();
     for (const QString& step : steps) {
         const QString what = step.section(QLatin1Char(':'), 0, 0);
         const QString name = step.section(QLatin1Char(':'), 1);
-        if (what == QLatin1String("convert"))
+        if (what == QLatin1String("convert")) {
             references->convertToSmartReference(reference(name));
-        else if (what == QLatin1String("clone"))
-            m_clones.insert(name + QStringLiteral(" clone"),
-                            kodReferenceNode(testService<koTreeService>()->cloneNodes({reference(name)}).value(0).getObjectId()));
-        else if (what == QLatin1String("unload"))
+        } else if (what == QLatin1String("clone")) {
+            const kodNode clone = testService<koTreeService>()->cloneNodes({reference(name)}).value(0);
+            m_handles.insert(name + QStringLiteral(" clone"), kodReferenceNode(clone.getObjectId()));
+        } else if (what == QLatin1String("remove")) {
+            m_handles.insert(name + QStringLiteral(" removed"), reference(name));
+            references->removeReference(reference(name));
+        } else if (what == QLatin1String("unload")) {
             reference(name).unload();
-        else if (what == QLatin1String("bare")) {
+        } else if (what == QLatin1String("bare")) {
             kodReferenceNode bare = references->createReference(kodNode());
             bare.setName(name);
             references->convertToSmartReference(bare);
-        } else if (what == QLatin1String("file"))
+        } else if (what == QLatin1String("file")) {
             m_host.writeFile(name, "old");
+        }
     }
 }
 
 kodReferenceNode tst_koReferenceSaveCommands::reference(const QString& name) const
 {
-    if (m_clones.contains(name))
-        return m_clones.value(name);
+    if (m_handles.contains(name))
+        return m_handles.value(name);
     for (const kodReferenceNode& candidate : testService<koReferenceService>()->getSceneReferences()) {
         if (candidate.getName() == name)
             return candidate;
@@ -245,6 +250,8 @@ void tst_koReferenceSaveCommands::saveSelected_data()
     QTest::newRow("new sub-reference") << QStringList{"convert:Headset"} << QStringList{"Frame"} << "next"
                                        << QStringList{"Frame=frame/frame.kpr", "Headset=frame/headset.kpr"}
                                        << QStringList{"frame/headset.kpr"};
+    QTest::newRow("stale handle") << QStringList{"convert:Wheel", "remove:Wheel"} << QStringList{"Wheel removed"}
+                                  << QString() << QStringList{"Wheel removed=-"} << QStringList();
     QTest::newRow("location dialog cancelled") << QStringList{"convert:Wheel"} << QStringList{"Wheel"} << "reject"
                                                << QStringList{"Wheel=-"} << QStringList();
 }

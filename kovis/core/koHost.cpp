@@ -15,7 +15,9 @@
 #include <kovis/koReferenceService.h>
 #include <kovis/koTreeService.h>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -33,6 +35,7 @@ struct HostState
     std::unique_ptr<koTreeService> tree;
     std::unique_ptr<koMainWindowService> mainWindow;
     std::unique_ptr<koPlatformService> platform;
+    std::vector<std::function<void()>> unregisterServices;
 };
 
 std::unique_ptr<HostState> s_host;
@@ -40,6 +43,8 @@ std::unique_ptr<HostState> s_host;
 template<class T>
 void install(std::unique_ptr<T>& slot, T* service)
 {
+    if (!slot)
+        s_host->unregisterServices.emplace_back([] { koKernelServiceFactory::the()->unregisterService<T>(); });
     koKernelServiceFactory::the()->registerService<T>(service);
     slot.reset(service);
 }
@@ -109,18 +114,8 @@ void koHost::shutdown()
 {
     if (!s_host)
         return;
-    auto* factory = koKernelServiceFactory::the();
-    factory->unregisterService<koTreeService>();
-    factory->unregisterService<koMainWindowService>();
-    factory->unregisterService<koPlatformService>();
-    factory->unregisterService<koPermissionService>();
-    factory->unregisterService<koInternalUiService>();
-    factory->unregisterService<koObjectService>();
-    factory->unregisterService<koNodeService>();
-    factory->unregisterService<koFileIOService>();
-    factory->unregisterService<koReferenceService>();
-    factory->unregisterService<koLogService>();
-    factory->unregisterService<koPreferencesService>();
+    for (const auto& unregister : s_host->unregisterServices)
+        unregister();
     s_host.reset();
 }
 

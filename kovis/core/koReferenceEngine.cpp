@@ -33,6 +33,26 @@ QString fileNameFor(const QString& nodeName)
 
 } // namespace
 
+bool& koReferenceEngine::hasLink(koReferenceContent& content, Link link)
+{
+    return link == Link::Smart ? content.hasSmart : content.hasSource;
+}
+
+bool koReferenceEngine::hasLink(const koReferenceContent& content, Link link)
+{
+    return link == Link::Smart ? content.hasSmart : content.hasSource;
+}
+
+QString& koReferenceEngine::linkPath(koReferenceContent& content, Link link)
+{
+    return link == Link::Smart ? content.smartPath : content.sourcePath;
+}
+
+const QString& koReferenceEngine::linkPath(const koReferenceContent& content, Link link)
+{
+    return link == Link::Smart ? content.smartPath : content.sourcePath;
+}
+
 struct koReferenceEngine::Materialized
 {
     QVector<koNodeRecord> nodes;
@@ -202,18 +222,20 @@ FileState koReferenceEngine::sourceFileState(quint64 id)
 
 const koFileSnapshot* koReferenceEngine::smartSnapshot(quint64 id)
 {
-    const koReferenceContent* content = contentOf(id);
-    if (!content || !content->hasSmart || content->smartPath.isEmpty())
-        return nullptr;
-    return &m_cache.lookup(content->smartPath);
+    return snapshotOf(id, Link::Smart);
 }
 
 const koFileSnapshot* koReferenceEngine::sourceSnapshot(quint64 id)
 {
+    return snapshotOf(id, Link::Source);
+}
+
+const koFileSnapshot* koReferenceEngine::snapshotOf(quint64 id, Link link)
+{
     const koReferenceContent* content = contentOf(id);
-    if (!content || !content->hasSource || content->sourcePath.isEmpty())
+    if (!content || !hasLink(*content, link) || linkPath(*content, link).isEmpty())
         return nullptr;
-    return &m_cache.lookup(content->sourcePath);
+    return &m_cache.lookup(linkPath(*content, link));
 }
 
 QVector<quint64> koReferenceEngine::sceneReferences() const
@@ -499,30 +521,30 @@ void koReferenceEngine::removeSourceLink(quint64 id)
 
 void koReferenceEngine::setSmartPath(quint64 id, const QString& path)
 {
-    koReferenceContent links = linksOf(id);
-    const QString target = cleanPath(path);
-    if (!contentOf(id) || (links.hasSmart && links.smartPath == target))
-        return;
-    links.hasSmart = true;
-    links.smartPath = target;
-    links.smartUnreadable = false;
-    if (!target.isEmpty()) {
-        m_cache.refresh(target);
-        links.smartStamp = m_cache.lookup(target).modified;
-    }
-    updateLinks(id, links, true);
+    setLinkPath(id, path, Link::Smart);
 }
 
 void koReferenceEngine::setSourcePath(quint64 id, const QString& path)
 {
+    setLinkPath(id, path, Link::Source);
+}
+
+void koReferenceEngine::setLinkPath(quint64 id, const QString& path, Link link)
+{
     koReferenceContent links = linksOf(id);
     const QString target = cleanPath(path);
-    if (!contentOf(id) || (links.hasSource && links.sourcePath == target))
+    if (!contentOf(id) || (hasLink(links, link) && linkPath(links, link) == target))
         return;
-    links.hasSource = true;
-    links.sourcePath = target;
+    hasLink(links, link) = true;
+    linkPath(links, link) = target;
     if (!target.isEmpty())
         m_cache.refresh(target);
+    if (link == Link::Smart) {
+        // The file now linked is taken as the one the content came from.
+        links.smartUnreadable = false;
+        if (!target.isEmpty())
+            links.smartStamp = m_cache.lookup(target).modified;
+    }
     updateLinks(id, links, true);
 }
 

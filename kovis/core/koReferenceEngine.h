@@ -104,6 +104,14 @@ signals:
 
 private:
     struct Materialized;
+    enum class Link { Smart, Source };
+
+    static bool& hasLink(koReferenceContent& content, Link link);
+    static bool hasLink(const koReferenceContent& content, Link link);
+    static QString& linkPath(koReferenceContent& content, Link link);
+    static const QString& linkPath(const koReferenceContent& content, Link link);
+    const koFileSnapshot* snapshotOf(quint64 id, Link link);
+    void setLinkPath(quint64 id, const QString& path, Link link);
 
     const koReferenceContent* contentOf(quint64 id) const { return m_store->contentOfNode(id); }
     koReferenceContent linksOf(quint64 id) const;

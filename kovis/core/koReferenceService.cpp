@@ -1,5 +1,6 @@
 #include <kovis/koReferenceService.h>
 
+#include "koHandleList.h"
 #include "koReferenceEngine.h"
 
 #include <kovis/koHost.h>
@@ -22,15 +23,6 @@ koReferenceEngine* engine()
     return koHost::engine();
 }
 
-QList<kodReferenceNode> referencesOf(const QVector<quint64>& ids)
-{
-    QList<kodReferenceNode> references;
-    references.reserve(ids.size());
-    for (quint64 id : ids)
-        references.append(kodReferenceNode(id));
-    return references;
-}
-
 } // namespace
 
 koReferenceService::koReferenceService(QObject* parent)
@@ -38,7 +30,7 @@ koReferenceService::koReferenceService(QObject* parent)
 {
     koReferenceEngine* host = engine();
     connect(host, &koReferenceEngine::referencesChanged, this,
-            [this](const QVector<quint64>& ids) { emit referencesChanged(referencesOf(ids)); });
+            [this](const QVector<quint64>& ids) { emit referencesChanged(koHandleList<kodReferenceNode>(ids)); });
     connect(host, &koReferenceEngine::referenceCreated, this,
             [this](quint64 id) { emit referenceCreated(kodReferenceNode(id)); });
     connect(host, &koReferenceEngine::monitoringChanged, this, &koReferenceService::updateMonitoringChanged);
@@ -69,19 +61,19 @@ void koReferenceService::loadPreferences()
 
 QList<kodReferenceNode> koReferenceService::getSceneReferences() const
 {
-    return referencesOf(engine()->sceneReferences());
+    return koHandleList<kodReferenceNode>(engine()->sceneReferences());
 }
 
 QList<kodReferenceNode> koReferenceService::getReferences(const kodNode& node) const
 {
-    return referencesOf(engine()->store()->referencesBelow(node.getObjectId()));
+    return koHandleList<kodReferenceNode>(engine()->store()->referencesBelow(node.getObjectId()));
 }
 
 QList<kodReferenceNode> koReferenceService::getSubReferences(const kodReferenceNode& reference) const
 {
     QVector<quint64> ids = engine()->store()->referencesBelow(reference.getObjectId());
     ids.removeOne(reference.getObjectId());
-    return referencesOf(ids);
+    return koHandleList<kodReferenceNode>(ids);
 }
 
 kodReferenceNode koReferenceService::createReference(const kodNode& parent)

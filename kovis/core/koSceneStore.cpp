@@ -214,26 +214,23 @@ void koSceneStore::setName(quint64 id, const QString& name)
 
 void koSceneStore::setVisible(quint64 id, bool visible)
 {
-    const koNodeRecord* record = node(id);
-    if (!record || record->visible == visible)
-        return;
-    const quint64 markKey = markKeyFor(record->parent, Mark::Owner);
-    setFlagRaw(id, "visible", visible, markKey, 1);
-    this->record(QCoreApplication::translate("koSceneStore", "Change Visibility"),
-                 [this, id, visible, markKey] { setFlagRaw(id, "visible", !visible, markKey, -1); },
-                 [this, id, visible, markKey] { setFlagRaw(id, "visible", visible, markKey, 1); });
+    setFlag(id, "visible", visible, QCoreApplication::translate("koSceneStore", "Change Visibility"));
 }
 
 void koSceneStore::setUserLocked(quint64 id, bool locked)
 {
+    setFlag(id, "locked", locked, QCoreApplication::translate("koSceneStore", "Change Lock"));
+}
+
+void koSceneStore::setFlag(quint64 id, const QByteArray& property, bool value, const QString& text)
+{
     const koNodeRecord* record = node(id);
-    if (!record || record->userLocked == locked)
+    if (!record || (property == "visible" ? record->visible : record->userLocked) == value)
         return;
     const quint64 markKey = markKeyFor(record->parent, Mark::Owner);
-    setFlagRaw(id, "locked", locked, markKey, 1);
-    this->record(QCoreApplication::translate("koSceneStore", "Change Lock"),
-                 [this, id, locked, markKey] { setFlagRaw(id, "locked", !locked, markKey, -1); },
-                 [this, id, locked, markKey] { setFlagRaw(id, "locked", locked, markKey, 1); });
+    setFlagRaw(id, property, value, markKey, 1);
+    this->record(text, [this, id, property, value, markKey] { setFlagRaw(id, property, !value, markKey, -1); },
+                 [this, id, property, value, markKey] { setFlagRaw(id, property, value, markKey, 1); });
 }
 
 void koSceneStore::setContent(quint64 shareKey, const koReferenceContent& content, quint64 markKey, bool undoable)

@@ -84,6 +84,7 @@ signals:
 private:
     koNodeRecord* mutableNode(quint64 id);
     quint64 markKeyFor(quint64 childOwnerOf, Mark mark) const;
+    void setFlag(quint64 id, const QByteArray& property, bool value, const QString& text);
     void record(const QString& text, std::function<void()> undo, std::function<void()> redo);
 
     void insertRaw(quint64 parent, int index, const QVector<koNodeRecord>& nodes, quint64 markKey, int delta);

@@ -1,5 +1,6 @@
 #include <kovis/koTreeService.h>
 
+#include "koHandleList.h"
 #include "koReferenceEngine.h"
 
 #include <kovis/koHost.h>
@@ -42,10 +43,7 @@ QList<kodNode> koTreeService::cloneNodes(const QList<kodNode>& nodes)
     QVector<quint64> ids;
     for (const kodNode& node : nodes)
         ids.append(node.getObjectId());
-    QList<kodNode> clones;
-    for (quint64 id : koHost::engine()->cloneNodes(ids))
-        clones.append(kodNode(id));
-    return clones;
+    return koHandleList<kodNode>(koHost::engine()->cloneNodes(ids));
 }
 
 QList<kodNode> koTreeService::getSelectedNodes() const

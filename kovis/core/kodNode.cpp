@@ -1,5 +1,6 @@
 #include <kovis/kodNode.h>
 
+#include "koHandleList.h"
 #include "koReferenceEngine.h"
 #include "koSceneStore.h"
 
@@ -11,15 +12,6 @@ const koNodeRecord* recordOf(const kodObject& handle)
 {
     const koSceneStore* store = koSceneStore::the();
     return store && !handle.isNull() ? store->node(handle.getObjectId()) : nullptr;
-}
-
-QList<kodNode> nodesOf(const QVector<quint64>& ids)
-{
-    QList<kodNode> nodes;
-    nodes.reserve(ids.size());
-    for (quint64 id : ids)
-        nodes.append(kodNode(id));
-    return nodes;
 }
 
 } // namespace
@@ -73,7 +65,7 @@ kodNode kodNode::getChild(unsigned index) const
 QList<kodNode> kodNode::getChildren() const
 {
     const koNodeRecord* node = recordOf(*this);
-    return node ? nodesOf(node->children) : QList<kodNode>();
+    return node ? koHandleList<kodNode>(node->children) : QList<kodNode>();
 }
 
 bool kodNode::isVisible() const
@@ -120,7 +112,7 @@ QList<kodNode> kodNode::getSharedNodes() const
         return {};
     QVector<quint64> others = koSceneStore::the()->instances(node->shareKey);
     others.removeOne(node->id);
-    return nodesOf(others);
+    return koHandleList<kodNode>(others);
 }
 
 unsigned kodNode::getIndex() const

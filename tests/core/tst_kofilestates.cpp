@@ -26,7 +26,6 @@ private slots:
     void ownerAndDatesComeFromTheDisk();
 
 private:
-    kodReferenceNode loadSingleReference(const QJsonObject& reference);
 
     koTestHost m_host;
 };
@@ -41,15 +40,6 @@ koReferenceService* references()
 const QDateTime past(QDate(2020, 1, 1), QTime(12, 0), Qt::UTC);
 
 } // namespace
-
-kodReferenceNode tst_koFileStates::loadSingleReference(const QJsonObject& reference)
-{
-    const QString project = m_host.writeProject(QStringLiteral("project.kpr"), {reference});
-    if (!koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project))
-        return kodReferenceNode();
-    const QList<kodReferenceNode> all = references()->getSceneReferences();
-    return all.size() == 2 ? all.at(1) : kodReferenceNode();
-}
 
 void tst_koFileStates::states_data()
 {
@@ -105,7 +95,7 @@ void tst_koFileStates::states()
                                                    withSmart ? QStringLiteral("parts/part.kpr") : QString(),
                                                    setup == "no links" ? QString() : QStringLiteral("parts/part.obj"),
                                                    extra);
-    kodReferenceNode reference = loadSingleReference(node);
+    kodReferenceNode reference = m_host.loadSingleReference(node);
     QVERIFY(reference.isValid());
 
     if (setup == "smart touched" || setup == "unloaded smart touched") {
@@ -124,7 +114,7 @@ void tst_koFileStates::states()
 void tst_koFileStates::queriesReadTheCacheUntilFilesAreChecked()
 {
     const QString smartFile = m_host.writeProject(QStringLiteral("part.kpr"), {});
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
     QCOMPARE(reference.getSmartFileState(), koReferenceTypes::UpToDate);
 
     QVERIFY(QFile::remove(smartFile));
@@ -160,7 +150,7 @@ void tst_koFileStates::monitoringAnnouncesEachChangeOnce()
 void tst_koFileStates::monitoringRunsAtItsInterval()
 {
     const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
     QSignalSpy monitoring(references(), &koReferenceService::updateMonitoringChanged);
     QSignalSpy changed(references(), &koReferenceService::referencesChanged);
 
@@ -182,7 +172,7 @@ void tst_koFileStates::monitoringFollowsChangedLinks()
 {
     m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
     const QString moved = m_host.writeFile(QStringLiteral("moved/a.obj"), "v 0 0 0\n");
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
     references()->checkFiles();
     reference.setSourcePath(moved);
     QSignalSpy changed(references(), &koReferenceService::referencesChanged);
@@ -197,7 +187,7 @@ void tst_koFileStates::ownerAndDatesComeFromTheDisk()
 {
     const QString smartFile = m_host.writeProject(QStringLiteral("part.kpr"), {});
     koTestHost::setModified(smartFile, past);
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
 
     QCOMPARE(reference.getSmartLastModified(), past);
     QCOMPARE(reference.getSmartOwner(), QFileInfo(smartFile).owner());

@@ -31,7 +31,6 @@ private slots:
     void clonesSurviveSavingAndLoading();
 
 private:
-    kodReferenceNode loadSingleReference(const QJsonObject& reference);
 
     koTestHost m_host;
 };
@@ -69,15 +68,6 @@ QString loadStates()
 }
 
 } // namespace
-
-kodReferenceNode tst_koReferenceLoading::loadSingleReference(const QJsonObject& reference)
-{
-    const QString project = m_host.writeProject(QStringLiteral("project.kpr"), {reference});
-    if (!fileIO()->loadProject(project))
-        return kodReferenceNode();
-    const QList<kodReferenceNode> all = references()->getSceneReferences();
-    return all.size() >= 2 ? all.at(1) : kodReferenceNode();
-}
 
 void tst_koReferenceLoading::subReferenceLoadModes_data()
 {
@@ -135,7 +125,7 @@ void tst_koReferenceLoading::objStructure()
     QFETCH(QString, counts);
 
     m_host.writeFile(QStringLiteral("wheel.obj"), obj);
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("R", QString(), "wheel.obj"));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("R", QString(), "wheel.obj"));
     QCOMPARE(describeTree(reference), tree);
 
     QStringList geometry;
@@ -155,7 +145,7 @@ void tst_koReferenceLoading::objStructure()
 void tst_koReferenceLoading::unknownSourceBecomesOneGeometryNode()
 {
     m_host.writeFile(QStringLiteral("engine_v2.CATProduct"), "binary stuff");
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Engine", QString(), "engine_v2.CATProduct"));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Engine", QString(), "engine_v2.CATProduct"));
     QCOMPARE(describeTree(reference), QStringLiteral("Engine(engine_v2)"));
 }
 
@@ -170,7 +160,7 @@ void tst_koReferenceLoading::geometryFileRoundTrip()
     content.children = {shell};
     m_host.writeFile(QStringLiteral("housing.osb"), koOsbFile::serialize(content));
 
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Housing", "housing.osb", QString()));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Housing", "housing.osb", QString()));
     QCOMPARE(describeTree(reference), QStringLiteral("Housing(Shell)"));
     reference.getChild(0).setName(QStringLiteral("Outer Shell"));
     QVERIFY(reference.isChanged());
@@ -205,7 +195,7 @@ void tst_koReferenceLoading::hostileGeometryFileIsRefused()
     QFETCH(QByteArray, data);
 
     m_host.writeFile(QStringLiteral("housing.osb"), data);
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Housing", "housing.osb", QString()));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Housing", "housing.osb", QString()));
     QVERIFY(reference.isValid());
     QVERIFY(!reference.isLoaded());
     QCOMPARE(reference.getChildCount(), 0u);
@@ -215,7 +205,7 @@ void tst_koReferenceLoading::hostileGeometryFileIsRefused()
 void tst_koReferenceLoading::unloadDropsContentAndChanges()
 {
     m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    kodReferenceNode reference = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
     reference.getChild(0).setName(QStringLiteral("Edited"));
     QVERIFY(reference.isChanged());
     QVERIFY(references()->getSceneReferences().first().isSubReferenceChanged());
@@ -233,7 +223,7 @@ void tst_koReferenceLoading::loadPrefersTheSmartFile()
 {
     m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("FromSmart")});
     m_host.writeFile(QStringLiteral("part.obj"), "o FromSource\nf 1 1 1\n");
-    kodReferenceNode reference = loadSingleReference(
+    kodReferenceNode reference = m_host.loadSingleReference(
         koTestHost::reference("Part", "part.kpr", "part.obj", {{"loaded", false}}));
     reference.load();
     QCOMPARE(describeTree(reference), QStringLiteral("Part(FromSmart)"));
@@ -246,7 +236,7 @@ void tst_koReferenceLoading::sourceImportOnASmartReferenceIsAChange()
     m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
     m_host.writeFile(QStringLiteral("part.obj"), "o Body\nf 1 1 1\n");
     m_host.writeFile(QStringLiteral("other.obj"), "o Other\nf 1 1 1\n");
-    kodReferenceNode smart = loadSingleReference(koTestHost::reference("Part", "part.kpr", "part.obj"));
+    kodReferenceNode smart = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", "part.obj"));
     kodReferenceNode sourceOnly = references()->createReference(kodNode());
     sourceOnly.setSourcePath(m_host.path(QStringLiteral("other.obj")));
 
@@ -261,7 +251,7 @@ void tst_koReferenceLoading::sourceImportOnASmartReferenceIsAChange()
 void tst_koReferenceLoading::clonesShareTheirReference()
 {
     m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    kodReferenceNode original = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    kodReferenceNode original = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
     const QList<kodNode> clones = koKernelServiceFactory::the()->getServiceOrNull<koTreeService>()->cloneNodes({original});
     QCOMPARE(clones.size(), 1);
     kodReferenceNode clone(clones.first().getObjectId());
@@ -282,7 +272,7 @@ void tst_koReferenceLoading::clonesShareTheirReference()
 void tst_koReferenceLoading::clonesSurviveSavingAndLoading()
 {
     m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    kodReferenceNode original = loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    kodReferenceNode original = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
     koKernelServiceFactory::the()->getServiceOrNull<koTreeService>()->cloneNodes({original});
     QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("saved.kpr"))));
 

@@ -31,7 +31,6 @@ private slots:
     void modelStaysConsistentThroughReloads();
 
 private:
-    kodReferenceNode loadReference(const QJsonObject& reference);
 
     koTestHost m_host;
 };
@@ -77,14 +76,6 @@ struct ReferenceModel : koReferenceTreeModel
     }
 };
 
-kodReferenceNode tst_koReferenceTreeModel::loadReference(const QJsonObject& reference)
-{
-    const QString project = m_host.writeProject(QStringLiteral("project.kpr"), {reference});
-    if (!koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project))
-        return kodReferenceNode();
-    return references()->getSceneReferences().value(1);
-}
-
 void tst_koReferenceTreeModel::displayText_data()
 {
     QTest::addColumn<QJsonObject>("reference");
@@ -124,7 +115,7 @@ void tst_koReferenceTreeModel::displayText()
     m_host.writeProject(QStringLiteral("Engine.kpr"), {koTestHost::geometry("Block")});
     m_host.writeProject(QStringLiteral("motor.kpr"), {koTestHost::geometry("Block")});
     m_host.writeFile(QStringLiteral("rim.obj"), "o Rim\nf 1 1 1\n");
-    kodReferenceNode node = loadReference(reference);
+    kodReferenceNode node = m_host.loadSingleReference(reference);
     QVERIFY(node.isValid());
     if (setup == "rename child")
         node.getChild(0).setName(QStringLiteral("Edited"));
@@ -165,7 +156,7 @@ void tst_koReferenceTreeModel::foregroundColour()
     QFETCH(bool, visible);
     QFETCH(QVariant, expected);
 
-    kodReferenceNode node = loadReference(koTestHost::reference("Part", QString(), QString(),
+    kodReferenceNode node = m_host.loadSingleReference(koTestHost::reference("Part", QString(), QString(),
                                                                 {{"locked", locked}, {"visible", visible}}));
     ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
     QCOMPARE(model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId()))).data(Qt::ForegroundRole), expected);
@@ -210,7 +201,7 @@ void tst_koReferenceTreeModel::fileColumns()
 void tst_koReferenceTreeModel::graphNestsReferencesSkippingOtherNodes()
 {
     m_host.writeProject(QStringLiteral("inner.kpr"), {koTestHost::group("Holder", {koTestHost::reference("Deep", QString(), QString())})});
-    loadReference(koTestHost::reference("Outer", "inner.kpr", QString()));
+    m_host.loadSingleReference(koTestHost::reference("Outer", "inner.kpr", QString()));
     ReferenceModel model(new koReferenceTreeRootItem(kodNode()));
     QCOMPARE(rowTexts(model), QStringList{QStringLiteral("project(Outer(Deep))")});
 }
@@ -218,7 +209,7 @@ void tst_koReferenceTreeModel::graphNestsReferencesSkippingOtherNodes()
 void tst_koReferenceTreeModel::flatListHoldsEveryReferenceOnce()
 {
     m_host.writeProject(QStringLiteral("inner.kpr"), {koTestHost::group("Holder", {koTestHost::reference("Deep", QString(), QString())})});
-    loadReference(koTestHost::reference("Outer", "inner.kpr", QString()));
+    m_host.loadSingleReference(koTestHost::reference("Outer", "inner.kpr", QString()));
     ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
     QCOMPARE(rowTexts(model), (QStringList{"project", "Outer", "Deep"}));
     QCOMPARE(model.getRootItem()->getId(), QVariant(QStringLiteral("FlatModelRoot")));

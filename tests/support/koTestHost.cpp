@@ -6,6 +6,7 @@
 #include <kovis/koHost.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
+#include <kovis/koReferenceService.h>
 
 #include <QDir>
 #include <QFile>
@@ -62,6 +63,14 @@ QString koTestHost::writeProject(const QString& relative, const QJsonArray& node
     document.insert(QStringLiteral("version"), 1);
     document.insert(QStringLiteral("root"), group(name.isEmpty() ? QFileInfo(relative).completeBaseName() : name, nodes));
     return writeFile(relative, QJsonDocument(document).toJson());
+}
+
+kodReferenceNode koTestHost::loadSingleReference(const QJsonObject& reference) const
+{
+    const QString project = writeProject(QStringLiteral("project.kpr"), {reference});
+    if (!koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project))
+        return kodReferenceNode();
+    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->getSceneReferences().value(1);
 }
 
 void koTestHost::setModified(const QString& path, const QDateTime& time)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovis/kodReferenceNode.h>
+
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -18,6 +20,8 @@ public:
     QString writeFile(const QString& relative, const QByteArray& content) const;
     // Writes a project file whose root group holds the nodes.
     QString writeProject(const QString& relative, const QJsonArray& nodes, const QString& name = QString()) const;
+    // Opens a project ("project.kpr") holding only this reference; returns its node.
+    kodReferenceNode loadSingleReference(const QJsonObject& reference) const;
     // Sets the file's modification time (and with it what the host sees on disk).
     static void setModified(const QString& path, const QDateTime& time);
 

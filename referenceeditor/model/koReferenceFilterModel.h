@@ -36,8 +36,8 @@ public:
     QRegExp searchText() const { return m_search.expression(); }
     // No search text and no filter key.
     bool isFilterEmpty() const;
-
-protected:
+    // Public: the window keeps selected only the rows this accepts, not their ancestors
+    // that recursive filtering keeps visible.
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
 
 private:

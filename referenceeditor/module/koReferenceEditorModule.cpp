@@ -1,7 +1,10 @@
 #include "koReferenceEditorModule.h"
 
 #include "HtmlDelegate.h"
+#include "koReferenceCommands.h"
 #include "koReferenceCreateCommands.h"
+#include "koReferenceEditorActions.h"
+#include "koReferenceFilterMenu.h"
 #include "koReferenceFilterModel.h"
 #include "koReferenceFlatModelItem.h"
 #include "koReferenceModelItem.h"
@@ -43,12 +46,16 @@ koReferenceEditorModule::koReferenceEditorModule(QWidget* parent, const QString&
     : QMainWindow(parent, Qt::WindowFlags())
     , m_saveCommands(std::make_unique<koReferenceSaveCommands>(*this))
     , m_createCommands(std::make_unique<koReferenceCreateCommands>(*this))
+    , m_commands(std::make_unique<koReferenceCommands>(this))
+    , m_filterMenu(std::make_unique<koReferenceFilterMenu>(this))
+    , m_actions(std::make_unique<koReferenceEditorActions>(this, m_commands.get()))
 {
     setObjectName(objectName);
     setupUi(this);
     setUpModel();
     setUpViews();
     connectPathFields();
+    buildActions();
     registerModule();
     connectHost();
 }
@@ -76,6 +83,7 @@ void koReferenceEditorModule::setUpModel()
     m_filterModel->setRecursiveFilteringEnabled(true);
     m_filterModel->setSourceModel(m_model.get());
     m_selectionModel = new koNodeBasedSelectionModel(m_filterModel, this);
+    connect(m_selectionModel, &QItemSelectionModel::selectionChanged, this, &koReferenceEditorModule::updateActions);
     setListMode(0);
     connectSceneNotifications();
 }
@@ -150,6 +158,8 @@ void koReferenceEditorModule::setUpView(QTreeView* view)
     QScrollBar* own = view->verticalScrollBar();
     connect(own, &QScrollBar::valueChanged, m_treeScrollBar, &QScrollBar::setValue);
     connect(m_treeScrollBar, &QScrollBar::valueChanged, own, &QScrollBar::setValue);
+    connect(view, &QWidget::customContextMenuRequested, this,
+            [this, view](const QPoint& pos) { showContextMenu(view, pos); });
     view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     view->setSelectionBehavior(QAbstractItemView::SelectRows);
     view->setEditTriggers(QAbstractItemView::SelectedClicked);
@@ -183,6 +193,17 @@ void koReferenceEditorModule::setUpListMode()
     connect(m_treeSlider, &QSlider::valueChanged, this, &koReferenceEditorModule::expandToSliderDepth);
 }
 
+void koReferenceEditorModule::buildActions()
+{
+    m_actions->buildFileMenu();
+    m_actions->buildEditMenu();
+    m_filterMenu->buildFilterMenu();
+    m_filterMenu->buildFilterButton();
+    m_actions->buildContextMenu();
+    m_actions->buildFileButtons();
+    m_actions->buildQuickActionBar();
+}
+
 void koReferenceEditorModule::registerModule()
 {
     const QIcon icon = koIconManager::getIcon(QStringLiteral("ModuleReferenceEditor"), QString());
@@ -200,6 +221,7 @@ void koReferenceEditorModule::connectHost()
     connectRepathRequests();
     connectSaveRequests();
     connectReplaceRequests();
+    m_commands->connectHostRequests();
     auto* fileIO = service<koFileIOService>();
     connect(fileIO, &koFileIOService::projectLoad, this, [this] { m_projectLoading = true; });
     connect(fileIO, &koFileIOService::projectLoadFinished, this, [this] {
@@ -316,6 +338,7 @@ void koReferenceEditorModule::reloadModel()
         const QSignalBlocker blocker(m_treeSlider);
         m_treeSlider->setRange(0, qMax(treeDepth(QModelIndex()) - 2, 0));
     }
+    updateActions();
     if (!isFlatList())
         m_treeView->resizeColumnToContents(0);
     m_smartColumns->resizeColumnToContents(koReferenceModelItem::SmartLocationColumn);
@@ -457,6 +480,17 @@ void koReferenceEditorModule::restoreExpandedStates()
         if (index.isValid())
             m_treeView->expand(index);
     }
+}
+
+void koReferenceEditorModule::updateActions()
+{
+    m_actions->updateActions();
+}
+
+void koReferenceEditorModule::showContextMenu(QAbstractItemView* view, const QPoint& pos)
+{
+    updateActions();
+    m_actions->contextMenu()->exec(view->viewport()->mapToGlobal(pos));
 }
 
 bool koReferenceEditorModule::eventFilter(QObject* watched, QEvent* event)

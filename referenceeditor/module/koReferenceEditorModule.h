@@ -10,10 +10,14 @@
 #include <memory>
 
 class koNodeBasedSelectionModel;
+class koReferenceCommands;
 class koReferenceCreateCommands;
+class koReferenceEditorActions;
+class koReferenceFilterMenu;
 class koReferenceFilterModel;
 class koReferenceSaveCommands;
 class koReferenceTreeModel;
+class QAbstractItemView;
 class QTreeView;
 
 // The Reference Editor's window: the scene's references as a graph or a flat list in
@@ -46,6 +50,9 @@ public:
     // Selects each reference with everything below it; the last one's subtree stays.
     void selectSubtree(const QList<kodReferenceNode>& references);
     void expandToSliderDepth(int value);
+    // Enables the actions that the selected references allow.
+    void updateActions();
+    void showContextMenu(QAbstractItemView* view, const QPoint& pos);
     // Points the sources, the smart links or both of the references at their files in
     // a folder the user picks.
     void repathReferences(const QList<kodReferenceNode>& nodes, bool sources, bool smarts);
@@ -66,6 +73,9 @@ public:
     koReferenceTreeModel* referenceModel() const { return m_model.get(); }
     koReferenceFilterModel* filterModel() const { return m_filterModel; }
     koNodeBasedSelectionModel* nodeSelectionModel() const { return m_selectionModel; }
+    koReferenceCommands* commands() const { return m_commands.get(); }
+    koReferenceEditorActions* actions() const { return m_actions.get(); }
+    koReferenceFilterMenu* filterMenu() const { return m_filterMenu.get(); }
     bool isReloadPending() const { return m_reloadPending; }
     bool isProjectLoading() const { return m_projectLoading; }
     // Commands that change many references one by one hold reloads back meanwhile.
@@ -79,6 +89,7 @@ private:
     void setUpView(QTreeView* view);
     void showColumns(QTreeView* view, std::initializer_list<int> columns, bool hideable);
     void setUpListMode();
+    void buildActions();
     void registerModule();
     void connectHost();
     void connectRepathRequests();
@@ -100,4 +111,8 @@ private:
     koNodeBasedSelectionModel* m_selectionModel = nullptr;
     // Nodes whose rows were expanded in the graph, kept across a switch to the list.
     QList<kodNode> m_expandedNodes;
+    // Declared last: they go first, while the views and models they work on still stand.
+    std::unique_ptr<koReferenceCommands> m_commands;
+    std::unique_ptr<koReferenceFilterMenu> m_filterMenu;
+    std::unique_ptr<koReferenceEditorActions> m_actions;
 };

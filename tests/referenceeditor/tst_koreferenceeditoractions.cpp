@@ -1,0 +1,460 @@
+#include "koReferenceEditorActions.h"
+#include "koReferenceEditorModule.h"
+#include "koReferenceFilterMenu.h"
+#include "koReferenceFilterModel.h"
+#include "koTestHost.h"
+
+#include <kovis/QKOOpenMenu.h>
+#include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koNodeBasedSelectionModel.h>
+#include <kovis/koNodeService.h>
+#include <kovis/koPlatformService.h>
+#include <kovis/koReferenceService.h>
+
+#include <QMenuBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <QtTest>
+
+class tst_koReferenceEditorActions : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void menusListTheirEntries_data();
+    void menusListTheirEntries();
+    void selectionDecidesWhatIsEnabled_data();
+    void selectionDecidesWhatIsEnabled();
+    void rulesRunOnSelectionReloadAndContextMenu();
+    void fileButtonsFollowThePlatform();
+    void filterEntriesFilterTheList_data();
+    void filterEntriesFilterTheList();
+    void fileTypeEntriesFollowTheScene();
+    void searchKeepsOnlyMatchesSelected();
+
+private:
+    QMenu* menu(const QString& name) const;
+    // Every entry of the context menu by path ("Edit/Rename"), the two information
+    // actions and the two path fields, each with whether it is enabled.
+    QMap<QString, bool> enabledStates() const;
+    QStringList listedNames() const;
+
+    koTestHost m_host;
+    std::unique_ptr<koReferenceEditorModule> m_module;
+};
+
+namespace {
+
+void settle()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+}
+
+kodNode findNode(const kodNode& below, const QString& name)
+{
+    for (const kodNode& child : below.getChildren()) {
+        const kodNode found = child.getName() == name ? child : findNode(child, name);
+        if (!found.isNull())
+            return found;
+    }
+    return kodNode();
+}
+
+kodReferenceNode reference(const QString& name)
+{
+    const kodNode root = koService<koNodeService>()->getRootNode();
+    return kodReferenceNode((root.getName() == name ? root : findNode(root, name)).getObjectId());
+}
+
+QString describe(const QAction* action)
+{
+    if (action->isSeparator())
+        return QStringLiteral("-");
+    QString entry = action->text();
+    if (!action->text().startsWith(action->toolTip()))
+        entry += QStringLiteral(" [%1]").arg(action->toolTip());
+    return action->menu() ? entry + QStringLiteral(" >") : entry;
+}
+
+// Marks an expectation as "every entry but these".
+QStringList allBut(QStringList entries)
+{
+    entries.prepend(QStringLiteral("*"));
+    return entries;
+}
+
+const QStringList createEntries{"Create Smart", "Create Smart/New", "Create Smart/From File...", "Create Source"};
+
+class ScaledPlatform : public koPlatformService
+{
+public:
+    double getUiScaleFactorX() const override { return 1.45; }
+    double getUiScaleFactorY() const override { return 1.99; }
+    int getToolIconWidth() const override { return 20; }
+    int getToolIconHeight() const override { return 18; }
+};
+
+} // namespace
+
+void tst_koReferenceEditorActions::init()
+{
+    QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    m_module = std::make_unique<koReferenceEditorModule>();
+    settle();
+}
+
+void tst_koReferenceEditorActions::cleanup()
+{
+    m_module.reset();
+}
+
+QMenu* tst_koReferenceEditorActions::menu(const QString& name) const
+{
+    QList<QAction*> entries = m_module->menuBar()->actions();
+    entries += m_module->actions()->contextMenu()->menuAction();
+    entries += m_module->filterMenu()->menu()->menuAction();
+    entries += m_module->findChild<QToolBar*>(QStringLiteral("QuickActionBar"))->actions();
+    QMenu* found = nullptr;
+    for (const QString& part : name.split(QLatin1Char('/'))) {
+        const auto entry = std::find_if(entries.cbegin(), entries.cend(),
+                                        [&part](const QAction* action) { return action->text() == part; });
+        if (entry == entries.cend())
+            return nullptr;
+        found = (*entry)->menu();
+        entries = found ? found->actions() : QList<QAction*>();
+    }
+    return found;
+}
+
+void tst_koReferenceEditorActions::menusListTheirEntries_data()
+{
+    QTest::addColumn<QString>("menu");
+    QTest::addColumn<QStringList>("entries");
+
+    const QStringList reimport{"Selected [(Re)Import Selected]", "Outdated", "Unloaded"};
+    QTest::newRow("File") << "File" << QStringList{"Load All", "Unload All", "-", "Save All Smart Reference Changes"};
+    QTest::newRow("Edit") << "Edit"
+                          << QStringList{"Convert All to Smart References", "-", "Repath All", "Remove All References",
+                                         "-", "(Re)Import All Smart References", "Repath All Smart References",
+                                         "Delete All Smart References", "-", "(Re)Import All Source References",
+                                         "Repath All Source References", "Delete All Source References"};
+    QTest::newRow("context") << "Context Menu"
+                             << QStringList{"Load", "Unload", "Edit >", "Convert to Smart Reference", "-",
+                                            "Select Nodes", "Select Subtree", "-", "Create Smart >",
+                                            "(Re)Import Smart >", "Replace Smart", "Repath Smart", "Delete Smart",
+                                            "Open Smart in Explorer", "Save Smart Changes", "Save Smart As", "-",
+                                            "Create Source", "(Re)Import Source >", "Replace Source", "Repath Source",
+                                            "Delete Source", "Open Source in Explorer"};
+    QTest::newRow("context, Edit") << "Context Menu/Edit"
+                                   << QStringList{"Rename", "Clone [Clones selected root items]", "Repath", "Remove"};
+    QTest::newRow("context, Create Smart") << "Context Menu/Create Smart" << QStringList{"New", "From File..."};
+    QTest::newRow("context, smart reimport") << "Context Menu/(Re)Import Smart" << reimport;
+    QTest::newRow("context, source reimport") << "Context Menu/(Re)Import Source" << reimport;
+    QTest::newRow("filter") << "Filter Menu"
+                            << QStringList{"Clear", "-", "Loaded", "Unloaded", "-", "Up to date", "Out of date",
+                                           "Missing", "Modified", "-", "Source References", "Smart References", "-"};
+    QTest::newRow("quick bar, Create") << "Create" << QStringList{"Create Smart >", "Create Source"};
+    QTest::newRow("quick bar, Create Smart") << "Create/Create Smart" << QStringList{"New", "From File..."};
+}
+
+void tst_koReferenceEditorActions::menusListTheirEntries()
+{
+    QFETCH(QString, menu);
+    QFETCH(QStringList, entries);
+
+    const QMenu* found = this->menu(menu);
+    QVERIFY(found);
+    QStringList actual;
+    for (const QAction* action : found->actions())
+        actual << describe(action);
+    QCOMPARE(actual, entries);
+}
+
+QMap<QString, bool> tst_koReferenceEditorActions::enabledStates() const
+{
+    QMap<QString, bool> states;
+    for (const QAction* entry : m_module->actions()->contextMenu()->actions()) {
+        if (entry->isSeparator())
+            continue;
+        states.insert(entry->text(), entry->isEnabled());
+        for (const QAction* inner : entry->menu() ? entry->menu()->actions() : QList<QAction*>())
+            states.insert(entry->text() + QLatin1Char('/') + inner->text(), inner->isEnabled());
+    }
+    states.insert(QStringLiteral("Smart Info"), m_module->m_smartInfo->defaultAction()->isEnabled());
+    states.insert(QStringLiteral("Source Info"), m_module->m_sourceInfo->defaultAction()->isEnabled());
+    states.insert(QStringLiteral("smart path"), m_module->m_smartFile->isEnabled());
+    states.insert(QStringLiteral("source path"), m_module->m_sourceFile->isEnabled());
+    return states;
+}
+
+void tst_koReferenceEditorActions::selectionDecidesWhatIsEnabled_data()
+{
+    QTest::addColumn<QStringList>("selection");
+    QTest::addColumn<QString>("unsaved");
+    QTest::addColumn<QStringList>("enabled");
+    QTest::addColumn<QString>("smartPath");
+    QTest::addColumn<QString>("sourcePath");
+
+    const QStringList withoutSource{"(Re)Import Source", "(Re)Import Source/Selected", "(Re)Import Source/Outdated",
+                                    "(Re)Import Source/Unloaded", "Replace Source", "Repath Source",
+                                    "Delete Source", "Open Source in Explorer", "Source Info", "source path"};
+    const QStringList withoutSmart{"(Re)Import Smart", "(Re)Import Smart/Selected", "(Re)Import Smart/Outdated",
+                                   "(Re)Import Smart/Unloaded", "Replace Smart", "Repath Smart", "Delete Smart",
+                                   "Open Smart in Explorer", "Save Smart Changes", "Save Smart As", "Smart Info",
+                                   "smart path"};
+    const QStringList notOutdated{"(Re)Import Smart/Outdated", "(Re)Import Source/Outdated"};
+    const QStringList loaded{"Load", "(Re)Import Smart/Unloaded", "(Re)Import Source/Unloaded"};
+
+    // Inside sub-menus that cannot open, the states of the last selection stand.
+    QTest::newRow("nothing") << QStringList() << QString()
+                             << createEntries + QStringList{"Edit/Rename", "Edit/Repath", "Edit/Remove",
+                                                            "(Re)Import Smart/Outdated", "(Re)Import Smart/Unloaded",
+                                                            "(Re)Import Source/Outdated", "(Re)Import Source/Unloaded"}
+                             << "" << "";
+    QTest::newRow("smart and source") << QStringList{"Frame"} << QString()
+                                      << allBut(loaded + notOutdated + QStringList{"Convert to Smart Reference"})
+                                      << "frame/frame.kpr" << "frame/frame.obj";
+    QTest::newRow("source out of date")
+        << QStringList{"Drivetrain"} << QString()
+        << allBut(loaded + QStringList{"(Re)Import Smart/Outdated", "Convert to Smart Reference"})
+        << "drivetrain/drivetrain.kpr" << "drivetrain/drivetrain.obj";
+    QTest::newRow("unloaded smart only")
+        << QStringList{"Mudguard"} << QString()
+        << allBut(withoutSource + QStringList{"Unload", "Convert to Smart Reference", "(Re)Import Smart/Outdated"})
+        << "accessories/mudguard.kpr" << "";
+    QTest::newRow("source only") << QStringList{"Bell"} << QString()
+                                 << allBut(withoutSmart + loaded + QStringList{"(Re)Import Source/Outdated"}) << ""
+                                 << "accessories/bell.stl";
+    QTest::newRow("locked") << QStringList{"Handlebar"} << QString()
+                            << QStringList{"Edit", "Edit/Clone", "Open Source in Explorer", "Source Info",
+                                           "Select Nodes", "Select Subtree", "Create Smart/New",
+                                           "Create Smart/From File..."}
+                            << "" << "handlebar/handlebar.obj";
+    QTest::newRow("root") << QStringList{"Bicycle"} << QString()
+                          << allBut(withoutSource + loaded + notOutdated
+                                    + QStringList{"Unload", "Edit", "Edit/Rename", "Edit/Clone",
+                                                  "Convert to Smart Reference"})
+                          << "bicycle.kpr" << "";
+    QTest::newRow("unsaved smart")
+        << QStringList{"Bell"} << "Bell"
+        << allBut(loaded + notOutdated
+                  + QStringList{"Convert to Smart Reference", "(Re)Import Smart", "(Re)Import Smart/Selected",
+                                "Repath Smart", "Open Smart in Explorer", "Smart Info", "smart path"})
+        << "" << "accessories/bell.stl";
+    QTest::newRow("two references")
+        << QStringList{"Frame", "Mudguard"} << QString()
+        << allBut(notOutdated
+                  + QStringList{"Edit/Rename", "Convert to Smart Reference", "(Re)Import Source/Unloaded",
+                                "Replace Smart", "Replace Source", "smart path", "source path"})
+        << "" << "";
+    QTest::newRow("a group among references")
+        << QStringList{"Decals", "Bell"} << QString()
+        << allBut(withoutSmart + loaded
+                  + QStringList{"Edit/Rename", "(Re)Import Source/Outdated", "Replace Source", "source path"})
+        << "" << "";
+}
+
+void tst_koReferenceEditorActions::selectionDecidesWhatIsEnabled()
+{
+    QFETCH(QStringList, selection);
+    QFETCH(QString, unsaved);
+    QFETCH(QStringList, enabled);
+    QFETCH(QString, smartPath);
+    QFETCH(QString, sourcePath);
+
+    if (!unsaved.isEmpty())
+        reference(unsaved).createSmartReference();
+    QList<kodNode> nodes;
+    for (const QString& name : selection)
+        nodes << reference(name);
+    m_module->actions()->updateActions(nodes);
+
+    const QMap<QString, bool> states = enabledStates();
+    QStringList actual;
+    for (auto state = states.cbegin(); state != states.cend(); ++state) {
+        if (state.value())
+            actual << state.key();
+    }
+    QStringList expected = enabled;
+    if (enabled.value(0) == QLatin1String("*")) {
+        expected = states.keys();
+        for (const QString& entry : enabled)
+            expected.removeOne(entry);
+    }
+    expected.sort();
+    QCOMPARE(actual, expected);
+    QCOMPARE(m_module->m_smartFile->text().isEmpty(), smartPath.isEmpty());
+    QVERIFY2(m_module->m_smartFile->text().endsWith(smartPath), qPrintable(m_module->m_smartFile->text()));
+    QCOMPARE(m_module->m_sourceFile->text().isEmpty(), sourcePath.isEmpty());
+    QVERIFY2(m_module->m_sourceFile->text().endsWith(sourcePath), qPrintable(m_module->m_sourceFile->text()));
+}
+
+void tst_koReferenceEditorActions::rulesRunOnSelectionReloadAndContextMenu()
+{
+    const auto loadEnabled = [this] { return enabledStates().value(QStringLiteral("Load")); };
+    auto* selection = m_module->nodeSelectionModel();
+    selection->selectNodes({reference(QStringLiteral("Mudguard"))});
+    QVERIFY(loadEnabled());
+    selection->selectNodes({reference(QStringLiteral("Frame"))});
+    QVERIFY(!loadEnabled());
+
+    reference(QStringLiteral("Frame")).unload();
+    settle();
+    QVERIFY(loadEnabled());
+
+    // No reload may run meanwhile: only the menu itself can bring the rules up to date.
+    m_module->setProjectLoading(true);
+    reference(QStringLiteral("Frame")).load();
+    bool enabledInMenu = true;
+    QTimer::singleShot(0, this, [&] {
+        enabledInMenu = loadEnabled();
+        m_module->actions()->contextMenu()->close();
+    });
+    m_module->showContextMenu(m_module->m_treeView, QPoint(5, 5));
+    QVERIFY(!enabledInMenu);
+}
+
+void tst_koReferenceEditorActions::fileButtonsFollowThePlatform()
+{
+    ScaledPlatform platform;
+    koBaseService* previous = koKernelServiceFactory::the()->registerService<koPlatformService>(&platform);
+    koReferenceEditorModule module;
+    koKernelServiceFactory::the()->registerService<koPlatformService>(static_cast<koPlatformService*>(previous));
+
+    const QMap<QToolButton*, QString> buttons{
+        {module.m_smartRelink, "Replace Smart"},   {module.m_smartReload, "Selected"},
+        {module.m_smartRemove, "Delete Smart"},    {module.m_smartInfo, "Info"},
+        {module.m_sourceRelink, "Replace Source"}, {module.m_sourceReload, "Selected"},
+        {module.m_sourceRemove, "Delete Source"},  {module.m_sourceInfo, "Info"}};
+    for (auto button = buttons.cbegin(); button != buttons.cend(); ++button) {
+        QCOMPARE(button.key()->objectName(), QStringLiteral("ReferenceEditorFileButton"));
+        QCOMPARE(button.key()->size(), QSize(34, 47));
+        QCOMPARE(button.key()->iconSize(), QSize(20, 18));
+        QCOMPARE(button.key()->sizePolicy(), QSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed));
+        QCOMPARE(button.key()->defaultAction()->text(), button.value());
+    }
+    QCOMPARE(qobject_cast<QMenu*>(module.m_smartReload->defaultAction()->parent())->title(), "(Re)Import Smart");
+    QCOMPARE(qobject_cast<QMenu*>(module.m_sourceReload->defaultAction()->parent())->title(), "(Re)Import Source");
+}
+
+QStringList tst_koReferenceEditorActions::listedNames() const
+{
+    QStringList names;
+    const koReferenceFilterModel* filter = m_module->filterModel();
+    for (int row = 0; row < filter->rowCount(); ++row)
+        names << filter->index(row, 0).data(Qt::UserRole).value<kodNode>().getName();
+    names.sort();
+    return names;
+}
+
+void tst_koReferenceEditorActions::filterEntriesFilterTheList_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QStringList>("listed");
+
+    QTest::newRow("Unloaded") << "Unloaded" << QStringList{"Cassette", "Mudguard"};
+    QTest::newRow("Out of date") << "Out of date" << QStringList{"Drivetrain"};
+    QTest::newRow("Missing") << "Missing" << QStringList{"Cassette"};
+    QTest::newRow("Modified") << "Modified" << QStringList{"Frame"};
+    QTest::newRow("Source References")
+        << "Source References"
+        << QStringList{"Bell", "Chain", "Drivetrain", "Fork", "Frame", "Front Wheel", "Handlebar", "Light",
+                       "Rear Wheel", "Seat Post", "Tyre", "Tyre"};
+    QTest::newRow("Smart References")
+        << "Smart References"
+        << QStringList{"Bicycle", "Cassette", "Drivetrain", "Fork", "Frame", "Front Wheel", "Headset", "Hub", "Hub",
+                       "Light", "Mudguard", "Rear Wheel"};
+}
+
+void tst_koReferenceEditorActions::filterEntriesFilterTheList()
+{
+    QFETCH(QString, entry);
+    QFETCH(QStringList, listed);
+
+    findNode(reference(QStringLiteral("Frame")), QStringLiteral("Tubes")).setName(QStringLiteral("Tubing"));
+    m_module->m_listMode->setCurrentIndex(1);
+    settle();
+    for (QAction* action : m_module->filterMenu()->menu()->actions()) {
+        if (action->text() == entry)
+            action->trigger();
+    }
+    QCOMPARE(listedNames(), listed);
+    QVERIFY(m_module->filterMenu()->button()->isChecked());
+}
+
+void tst_koReferenceEditorActions::fileTypeEntriesFollowTheScene()
+{
+    QToolButton* button = m_module->filterMenu()->button();
+    const auto& entries = m_module->filterMenu()->fileTypeEntries();
+    const auto fileTypes = [this] {
+        const QList<QAction*> actions = m_module->filterMenu()->menu()->actions();
+        QStringList texts;
+        for (auto action = actions.crbegin(); action != actions.crend() && !(*action)->isSeparator(); ++action)
+            texts.prepend((*action)->text() + ((*action)->isChecked() ? QStringLiteral(" on") : QString()));
+        return texts;
+    };
+    QTest::mouseClick(button, Qt::LeftButton);
+    QVERIFY(m_module->filterMenu()->menu()->isVisible());
+    m_module->filterMenu()->menu()->hide();
+    QCOMPARE(fileTypes(), (QStringList{".kpr", ".obj", ".osb", ".stl"}));
+    QVERIFY(!button->isChecked());
+
+    m_module->m_listMode->setCurrentIndex(1);
+    settle();
+    entries.value(QStringLiteral("stl"))->trigger();
+    QCOMPARE(listedNames(), QStringList{"Bell"});
+    entries.value(QStringLiteral("obj"))->trigger();
+    QVERIFY(button->isChecked());
+
+    QStringList events;
+    connect(entries.value(QStringLiteral("stl")), &QAction::toggled, this, [&] { events << "released"; });
+    connect(entries.value(QStringLiteral("stl")), &QObject::destroyed, this, [&] { events << "removed"; });
+    reference(QStringLiteral("Bell")).setSourcePath(m_host.path(QStringLiteral("bell.ply")));
+    QTest::mouseClick(button, Qt::LeftButton);
+    m_module->filterMenu()->menu()->hide();
+
+    QCOMPARE(fileTypes(), (QStringList{".kpr", ".obj on", ".osb", ".ply"}));
+    QCOMPARE(events, (QStringList{"released", "removed"}));
+    QVERIFY(button->isChecked());
+    entries.value(QStringLiteral("obj"))->trigger();
+    QVERIFY(!button->isChecked());
+    QVERIFY(m_module->filterModel()->isFilterEmpty());
+}
+
+void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
+{
+    auto* selection = m_module->nodeSelectionModel();
+    m_module->m_treeView->collapseAll();
+    selection->selectNodes({reference(QStringLiteral("Bicycle")), reference(QStringLiteral("Frame"))});
+    const auto selected = [selection] {
+        QStringList names;
+        for (const kodNode& node : selection->getAllSelectedNodes())
+            names << node.getName();
+        return names;
+    };
+
+    m_module->m_searchBox->setText(QStringLiteral("FRAME"));
+    // The root stays to show the way to the match, but it does not match itself.
+    QCOMPARE(selected(), QStringList{"Frame"});
+    QVERIFY(m_module->m_treeView->isExpanded(m_module->filterModel()->index(0, 0)));
+
+    m_module->m_searchBox->setText(QStringLiteral("fr*me"));
+    QCOMPARE(m_module->filterModel()->rowCount(), 0);
+
+    for (QAction* action : m_module->filterMenu()->menu()->actions()) {
+        if (action->text() == QLatin1String("Missing"))
+            action->trigger();
+    }
+    QVERIFY(m_module->filterMenu()->button()->isChecked());
+    m_module->filterMenu()->menu()->actions().first()->trigger();
+    QVERIFY(m_module->m_searchBox->text().isEmpty());
+    QVERIFY(!m_module->filterMenu()->button()->isChecked());
+    QVERIFY(m_module->filterModel()->isFilterEmpty());
+}
+
+QTEST_MAIN(tst_koReferenceEditorActions)
+#include "tst_koreferenceeditoractions.moc"

@@ -9,7 +9,6 @@
 #include <kovis/koInternalUiService.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
-#include <kovis/koNodeService.h>
 #include <kovis/koPreferencesService.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koTreeService.h>
@@ -123,25 +122,9 @@ const QMap<QString, QString> confirmationTexts{
      "version from the source. This will only overwrite the smart reference once you save. Select OK to proceed."},
     {"Convert to Smart References", "You are attempting to convert outdated source references. Select OK to proceed"}};
 
-void settle()
-{
-    QCoreApplication::processEvents();
-    QCoreApplication::processEvents();
-}
-
-kodNode findNode(const kodNode& below, const QString& name)
-{
-    for (const kodNode& child : below.getChildren()) {
-        const kodNode found = child.getName() == name ? child : findNode(child, name);
-        if (!found.isNull())
-            return found;
-    }
-    return kodNode();
-}
-
 kodReferenceNode reference(const QString& name)
 {
-    return kodReferenceNode(findNode(koService<koNodeService>()->getRootNode(), name).getObjectId());
+    return kodReferenceNode(koTestHost::findNode(name).getObjectId());
 }
 
 QList<kodReferenceNode> references(const QStringList& names)
@@ -224,7 +207,7 @@ void tst_koReferenceCommands::init()
     m_references->setShowConvertToSmartWarning(false);
     koUndoStack::the()->clear();
     m_module = std::make_unique<koReferenceEditorModule>();
-    settle();
+    koTestHost::settle();
 }
 
 void tst_koReferenceCommands::cleanup()
@@ -369,7 +352,7 @@ void tst_koReferenceCommands::removeAllReloadsOnceAfterTheLastRemoval()
     QCOMPARE(resets.count() + layouts.count(), 0);
     QVERIFY(!m_module->isProjectLoading());
     QVERIFY(m_module->isReloadPending());
-    settle();
+    koTestHost::settle();
     QCOMPARE(resets.count() + layouts.count(), 1);
     // Only the project is left a reference; everything below became plain groups.
     QCOMPARE(m_module->referenceModel()->rowCount(), 1);

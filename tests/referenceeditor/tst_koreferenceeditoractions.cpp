@@ -48,26 +48,10 @@ private:
 
 namespace {
 
-void settle()
-{
-    QCoreApplication::processEvents();
-    QCoreApplication::processEvents();
-}
-
-kodNode findNode(const kodNode& below, const QString& name)
-{
-    for (const kodNode& child : below.getChildren()) {
-        const kodNode found = child.getName() == name ? child : findNode(child, name);
-        if (!found.isNull())
-            return found;
-    }
-    return kodNode();
-}
-
 kodReferenceNode reference(const QString& name)
 {
     const kodNode root = koService<koNodeService>()->getRootNode();
-    return kodReferenceNode((root.getName() == name ? root : findNode(root, name)).getObjectId());
+    return kodReferenceNode((root.getName() == name ? root : koTestHost::findNode(name)).getObjectId());
 }
 
 QString describe(const QAction* action)
@@ -104,7 +88,7 @@ void tst_koReferenceEditorActions::init()
 {
     QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     m_module = std::make_unique<koReferenceEditorModule>();
-    settle();
+    koTestHost::settle();
 }
 
 void tst_koReferenceEditorActions::cleanup()
@@ -303,7 +287,7 @@ void tst_koReferenceEditorActions::rulesRunOnSelectionReloadAndContextMenu()
     QVERIFY(!loadEnabled());
 
     reference(QStringLiteral("Frame")).unload();
-    settle();
+    koTestHost::settle();
     QVERIFY(loadEnabled());
 
     // No reload may run meanwhile: only the menu itself can bring the rules up to date.
@@ -375,9 +359,9 @@ void tst_koReferenceEditorActions::filterEntriesFilterTheList()
     QFETCH(QString, entry);
     QFETCH(QStringList, listed);
 
-    findNode(reference(QStringLiteral("Frame")), QStringLiteral("Tubes")).setName(QStringLiteral("Tubing"));
+    koTestHost::findNode(QStringLiteral("Tubes")).setName(QStringLiteral("Tubing"));
     m_module->m_listMode->setCurrentIndex(1);
-    settle();
+    koTestHost::settle();
     for (QAction* action : m_module->filterMenu()->menu()->actions()) {
         if (action->text() == entry)
             action->trigger();
@@ -404,7 +388,7 @@ void tst_koReferenceEditorActions::fileTypeEntriesFollowTheScene()
     QVERIFY(!button->isChecked());
 
     m_module->m_listMode->setCurrentIndex(1);
-    settle();
+    koTestHost::settle();
     entries.value(QStringLiteral("stl"))->trigger();
     QCOMPARE(listedNames(), QStringList{"Bell"});
     entries.value(QStringLiteral("obj"))->trigger();

@@ -6,7 +6,10 @@
 #include <kovis/koHost.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
+#include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
+
+#include <QCoreApplication>
 
 #include <QDir>
 #include <QFile>
@@ -135,4 +138,29 @@ QByteArray koTestHost::sceneSnapshot()
 {
     const koSceneStore& store = *koHost::engine()->store();
     return QJsonDocument(dumpNode(store, store.rootId())).toJson(QJsonDocument::Compact);
+}
+
+namespace {
+
+kodNode findBelow(const kodNode& parent, const QString& name)
+{
+    for (const kodNode& child : parent.getChildren()) {
+        const kodNode found = child.getName() == name ? child : findBelow(child, name);
+        if (!found.isNull())
+            return found;
+    }
+    return kodNode();
+}
+
+} // namespace
+
+kodNode koTestHost::findNode(const QString& name)
+{
+    return findBelow(koKernelServiceFactory::the()->getServiceOrNull<koNodeService>()->getRootNode(), name);
+}
+
+void koTestHost::settle()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
 }

@@ -211,6 +211,12 @@ int main(int argc, char** argv)
         repaintViews(window);
     };
     print("search keystroke (1% of rows match, all expanded)", medianMs(typeKeystroke));
+    // What typing does in the window: the search box feeds the filter, which expands
+    // the view to every match.
+    print("search box keystroke (1% of rows match)", medianMs([&] {
+              window.m_searchBox->setText(patterns.at(next++ % patterns.size()));
+              repaintViews(window);
+          }));
     // Rows make their texts on first use after a reload; the first keystroke pays for it.
     print("first search keystroke after a reload", medianMs(typeKeystroke, [&] {
               window.scheduleReload();

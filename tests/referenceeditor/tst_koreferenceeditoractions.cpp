@@ -426,6 +426,17 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
     QCOMPARE(selected(), QStringList{"Frame"});
     QVERIFY(m_module->m_treeView->isExpanded(m_module->filterModel()->index(0, 0)));
 
+    for (QTreeView* view : {m_module->m_treeView, m_module->m_smartColumns, m_module->m_sourceColumns})
+        view->collapseAll();
+    m_module->m_searchBox->setText(QStringLiteral("headset"));
+    // Every view shows the match: the side columns stay level with the names.
+    QModelIndex fork;
+    for (int level = 0; level < 3; ++level)
+        fork = m_module->filterModel()->index(0, 0, fork);
+    QCOMPARE(fork.data(Qt::UserRole).value<kodNode>().getName(), "Fork");
+    for (QTreeView* view : {m_module->m_treeView, m_module->m_smartColumns, m_module->m_sourceColumns})
+        QVERIFY(view->isExpanded(fork));
+
     m_module->m_searchBox->setText(QStringLiteral("fr*me"));
     QCOMPARE(m_module->filterModel()->rowCount(), 0);
 

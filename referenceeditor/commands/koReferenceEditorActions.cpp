@@ -13,6 +13,8 @@
 #include <QSignalBlocker>
 #include <QToolButton>
 
+#include <functional>
+
 namespace {
 
 QIcon icon(const char* name)
@@ -70,7 +72,7 @@ void koReferenceEditorActions::buildEditMenu()
         return;
     m_editMenu = m_module->menuBar()->addMenu(tr("Edit"));
     const auto add = [this](const QString& text, std::function<void()> handler) {
-        connect(m_editMenu->addAction(text), &QAction::triggered, this, [handler] { handler(); });
+        connect(m_editMenu->addAction(text), &QAction::triggered, this, std::move(handler));
     };
     using C = koReferenceCommands;
     add(tr("Convert All to Smart References"), [this] { m_commands->convertAllToSmartReferences(); });

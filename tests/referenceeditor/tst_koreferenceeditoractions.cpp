@@ -341,13 +341,7 @@ void tst_koReferenceEditorActions::filterEntriesFilterTheList_data()
     QTest::addColumn<QStringList>("listed");
 
     QTest::newRow("Unloaded") << "Unloaded" << QStringList{"Cassette", "Mudguard"};
-    QTest::newRow("Out of date") << "Out of date" << QStringList{"Drivetrain"};
-    QTest::newRow("Missing") << "Missing" << QStringList{"Cassette"};
     QTest::newRow("Modified") << "Modified" << QStringList{"Frame"};
-    QTest::newRow("Source References")
-        << "Source References"
-        << QStringList{"Bell", "Chain", "Drivetrain", "Fork", "Frame", "Front Wheel", "Handlebar", "Light",
-                       "Rear Wheel", "Seat Post", "Tyre", "Tyre"};
     QTest::newRow("Smart References")
         << "Smart References"
         << QStringList{"Bicycle", "Cassette", "Drivetrain", "Fork", "Frame", "Front Wheel", "Headset", "Hub", "Hub",

@@ -13,6 +13,7 @@
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 
+#include <kovis/QKOToolBar.h>
 #include <kovis/koFileIOService.h>
 #include <kovis/koHeaderView.h>
 #include <kovis/koIconManager.h>
@@ -60,7 +61,11 @@ koReferenceEditorModule::koReferenceEditorModule(QWidget* parent, const QString&
     connectHost();
 }
 
-koReferenceEditorModule::~koReferenceEditorModule() = default;
+koReferenceEditorModule::~koReferenceEditorModule()
+{
+    // Before the main window's layout goes, which the bar reaches for as it leaves.
+    delete m_actions->quickActionBar();
+}
 
 QSize koReferenceEditorModule::sizeHint() const
 {

@@ -405,6 +405,8 @@ void tst_koReferenceEditorActions::fileTypeEntriesFollowTheScene()
 
 void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
 {
+    m_module->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_module.get()));
     auto* selection = m_module->nodeSelectionModel();
     m_module->m_treeView->collapseAll();
     selection->selectNodes({reference(QStringLiteral("Bicycle")), reference(QStringLiteral("Frame"))});
@@ -441,6 +443,10 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
     QVERIFY(m_module->filterMenu()->button()->isChecked());
     m_module->filterMenu()->menu()->actions().first()->trigger();
     QVERIFY(m_module->m_searchBox->text().isEmpty());
+    // The clear button hides once it has faded out; its animation must not outlive the box.
+    const auto* clear = m_module->m_searchBox->findChild<QAction*>(QStringLiteral("_q_qlineeditclearaction"));
+    for (const QWidget* button : clear->associatedWidgets())
+        QTRY_VERIFY(button->isHidden());
     QVERIFY(!m_module->filterMenu()->button()->isChecked());
     QVERIFY(m_module->filterModel()->isFilterEmpty());
 }

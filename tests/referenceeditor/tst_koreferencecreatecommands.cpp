@@ -277,6 +277,8 @@ void tst_koReferenceCreateCommands::replace()
     const kodReferenceNode reference(selection.first().getObjectId());
     if (changed)
         reference.getChild(0).setName(QStringLiteral("Edited"));
+    // The reload that the edit queues refills the path fields; it runs before the command.
+    koTestHost::settle();
     QLineEdit* field = smart ? m_module->m_smartFile : m_module->m_sourceFile;
     const QString current = smart ? reference.getSmartPath() : reference.getSourcePath();
     koScriptedFileDialog files;

@@ -10,7 +10,6 @@
 #include <kovis/koReferenceService.h>
 
 #include <QCoreApplication>
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>

@@ -58,7 +58,8 @@ void koReferenceEditorActions::buildFileMenu()
     connect(m_fileMenu->addAction(tr("Load All")), &QAction::triggered, this, [this] { m_commands->loadAll(); });
     connect(m_fileMenu->addAction(tr("Unload All")), &QAction::triggered, this, [this] { m_commands->unloadAll(); });
     m_fileMenu->addSeparator();
-    m_fileMenu->addAction(tr("Save All Smart Reference Changes"));
+    connect(m_fileMenu->addAction(tr("Save All Smart Reference Changes")), &QAction::triggered, this,
+            [this] { m_module->saveAllSmartChanges(); });
 }
 
 void koReferenceEditorActions::repathAll(bool sources, bool smarts)
@@ -109,13 +110,45 @@ void koReferenceEditorActions::buildContextMenu()
     m_contextMenu->addSeparator();
     m_createSmartMenu = m_contextMenu->addMenu(tr("Create Smart"));
     m_newSmart = addAction(m_createSmartMenu, tr("New"), "CreateNew");
+    connect(m_newSmart, &QAction::triggered, this, [this] { m_module->createReference(false, false, selectedNodes()); });
     m_smartFromFile = addAction(m_createSmartMenu, tr("From File..."), "FileNew");
+    connect(m_smartFromFile, &QAction::triggered, this,
+            [this] { m_module->createReference(false, true, selectedNodes()); });
     addLinkEntries(m_smart, koReferenceCommands::SmartLink);
     m_saveSmartChanges = addAction(m_contextMenu, tr("Save Smart Changes"), "Save");
+    connect(m_saveSmartChanges, &QAction::triggered, this,
+            [this] { m_module->saveSmartChanges(selectedRootsWithTheirInstances()); });
     m_saveSmartAs = addAction(m_contextMenu, tr("Save Smart As"), "SaveAs");
+    connect(m_saveSmartAs, &QAction::triggered, this, [this] { m_module->saveSmartAs(selectedReferences()); });
     m_contextMenu->addSeparator();
-    m_createSource = addAction(m_contextMenu, tr("Create Source"), "CreateNew");
+    m_createSource = addCreateSourceAction(m_contextMenu);
     addLinkEntries(m_source, koReferenceCommands::SourceLink);
+}
+
+QAction* koReferenceEditorActions::addCreateSourceAction(QMenu* menu)
+{
+    QAction* action = addAction(menu, tr("Create Source"), "CreateNew");
+    connect(action, &QAction::triggered, this, [this] { m_module->createReference(true, true, selectedNodes()); });
+    return action;
+}
+
+QList<kodReferenceNode> koReferenceEditorActions::selectedRootsWithTheirInstances() const
+{
+    // Clones share one file: saving one instance saves them all.
+    QList<kodReferenceNode> references;
+    const auto addOnce = [&references](const kodNode& node) {
+        const kodReferenceNode reference = node.isTypeOf(kodReferenceNode::staticMetaObject)
+            ? kodReferenceNode(node.getObjectId())
+            : kodReferenceNode();
+        if (reference.isNull() || !references.contains(reference))
+            references.append(reference);
+    };
+    for (const kodNode& root : m_module->nodeSelectionModel()->getSelectedRootNodes()) {
+        addOnce(root);
+        for (const kodNode& instance : root.getSharedNodes())
+            addOnce(instance);
+    }
+    return references;
 }
 
 void koReferenceEditorActions::addEditEntries()
@@ -141,6 +174,12 @@ void koReferenceEditorActions::addLinkEntries(LinkActions& actions, koReferenceC
     const bool smart = link == koReferenceCommands::SmartLink;
     addReimportMenu(actions, link);
     actions.replace = addAction(m_contextMenu, smart ? tr("Replace Smart") : tr("Replace Source"), "Replace");
+    connect(actions.replace, &QAction::triggered, this, [this, smart] {
+        if (smart)
+            m_module->replaceSmart(m_module->singleSelectedReference(), QString());
+        else
+            m_module->replaceSource(m_module->singleSelectedReference(), QString());
+    });
     actions.repath = addAction(m_contextMenu, smart ? tr("Repath Smart") : tr("Repath Source"), "Repath");
     connect(actions.repath, &QAction::triggered, this,
             [this, smart] { m_module->repathReferences(selectedReferences(), !smart, smart); });
@@ -257,7 +296,7 @@ QMenu* koReferenceEditorActions::createCreateMenu()
     QMenu* createSmart = menu->addMenu(tr("Create Smart"));
     createSmart->addAction(m_newSmart);
     createSmart->addAction(m_smartFromFile);
-    addAction(menu, tr("Create Source"), "CreateNew");
+    addCreateSourceAction(menu);
     return menu;
 }
 

@@ -54,6 +54,9 @@ private:
     };
 
     QAction* addAction(QMenu* menu, const QString& text, const char* icon = nullptr);
+    QAction* addCreateSourceAction(QMenu* menu);
+    // The selection's root nodes and every instance sharing their content, each once.
+    QList<kodReferenceNode> selectedRootsWithTheirInstances() const;
     void addEditEntries();
     void addLinkEntries(LinkActions& actions, koReferenceCommands::Link link);
     void addReimportMenu(LinkActions& actions, koReferenceCommands::Link link);

@@ -2,6 +2,8 @@
 #include "koReferenceEditorModule.h"
 #include "koReferenceFilterMenu.h"
 #include "koReferenceFilterModel.h"
+#include "koDialogDriver.h"
+#include "koScriptedFileDialog.h"
 #include "koTestHost.h"
 
 #include <kovis/QKOOpenMenu.h>
@@ -34,6 +36,8 @@ private slots:
     void filterEntriesFilterTheList();
     void fileTypeEntriesFollowTheScene();
     void searchKeepsOnlyMatchesSelected();
+    void entriesStartTheirFlows_data();
+    void entriesStartTheirFlows();
 
 private:
     QMenu* menu(const QString& name) const;
@@ -449,6 +453,67 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
         QTRY_VERIFY(button->isHidden());
     QVERIFY(!m_module->filterMenu()->button()->isChecked());
     QVERIFY(m_module->filterModel()->isFilterEmpty());
+}
+
+void tst_koReferenceEditorActions::entriesStartTheirFlows_data()
+{
+    QTest::addColumn<QString>("menu");
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("selected");
+    // The file dialog's caption, a dialog's object name, or "created" for a new reference.
+    QTest::addColumn<QString>("shows");
+
+    QTest::newRow("save all") << "File" << "Save All Smart Reference Changes" << "Bell"
+                              << "koReferenceSmartLocationDialog";
+    QTest::newRow("save smart changes") << "Context Menu" << "Save Smart Changes" << "Bell"
+                                        << "koReferenceSmartLocationDialog";
+    QTest::newRow("save smart as") << "Context Menu" << "Save Smart As" << "Frame" << "Save Smart Reference As";
+    QTest::newRow("new smart reference") << "Context Menu/Create Smart" << "New" << "Frame" << "created";
+    QTest::newRow("smart reference from files") << "Context Menu/Create Smart" << "From File..." << "Frame"
+                                                << "Create Smart Reference";
+    QTest::newRow("source reference") << "Context Menu" << "Create Source" << "Frame" << "Load Source Reference";
+    QTest::newRow("source reference from the quick action bar") << "Create" << "Create Source" << "Frame"
+                                                                << "Load Source Reference";
+    QTest::newRow("replace smart") << "Context Menu" << "Replace Smart" << "Frame" << "Replace Smart Reference";
+    QTest::newRow("replace source") << "Context Menu" << "Replace Source" << "Frame" << "Replace Source Reference";
+}
+
+void tst_koReferenceEditorActions::entriesStartTheirFlows()
+{
+    QFETCH(QString, menu);
+    QFETCH(QString, entry);
+    QFETCH(QString, selected);
+    QFETCH(QString, shows);
+
+    // The bell has only a source; converted, it has a smart link without a file yet.
+    koService<koReferenceService>()->convertToSmartReference(reference(QStringLiteral("Bell")));
+    koTestHost::settle();
+    m_module->nodeSelectionModel()->selectNodes({reference(selected)});
+    const int references = koService<koReferenceService>()->getSceneReferences().size();
+    koScriptedFileDialog files;
+    koDialogDriver driver;
+    QString dialogShown;
+    driver.handleDialog([&dialogShown](QDialog* dialog) {
+        dialogShown = dialog->objectName();
+        dialog->reject();
+    });
+
+    QMenu* entries = this->menu(menu);
+    QVERIFY(entries);
+    const QList<QAction*> actions = entries->actions();
+    const auto action = std::find_if(actions.cbegin(), actions.cend(), [&](QAction* a) { return a->text() == entry; });
+    QVERIFY(action != actions.cend());
+    (*action)->trigger();
+    koTestHost::settle();
+
+    if (shows == "created")
+        QCOMPARE(koService<koReferenceService>()->getSceneReferences().size(), references + 1);
+    else if (shows.startsWith("ko"))
+        QCOMPARE(dialogShown, shows);
+    else {
+        QCOMPARE(files.calls().size(), 1);
+        QCOMPARE(files.calls().first().caption, shows);
+    }
 }
 
 QTEST_MAIN(tst_koReferenceEditorActions)

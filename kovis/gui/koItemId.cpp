@@ -1,5 +1,7 @@
 #include "koItemId.h"
 
+#include <kovis/koModelItem.h>
+
 #include <kovis/kodReferenceNode.h>
 
 koItemId koItemId::of(const QVariant& id)
@@ -12,4 +14,17 @@ koItemId koItemId::of(const QVariant& id)
     else if (id.isValid())
         key.m_text = id.toString();
     return key;
+}
+
+koItemId koItemId::ofObject(quint64 objectId)
+{
+    koItemId key;
+    key.m_node = objectId;
+    return key;
+}
+
+koItemId koItemId::ofItem(const koModelItem& item)
+{
+    const quint64 objectId = item.getIdObjectId();
+    return objectId ? ofObject(objectId) : of(item.getId());
 }

@@ -36,7 +36,7 @@ void koItemIdIndex::addSubtree(koModelItem* top)
     if (!m_built)
         return;
     forEachInSubtree(top, [this](koModelItem* item) {
-        const koItemId key = koItemId::of(item->getId());
+        const koItemId key = koItemId::ofItem(*item);
         if (key.isValid() && !m_items.contains(key))
             m_items.insert(key, item);
     });
@@ -47,7 +47,7 @@ void koItemIdIndex::removeSubtree(koModelItem* top)
     if (!m_built)
         return;
     forEachInSubtree(top, [this](koModelItem* item) {
-        const auto entry = m_items.find(koItemId::of(item->getId()));
+        const auto entry = m_items.find(koItemId::ofItem(*item));
         if (entry != m_items.end() && entry.value() == item)
             m_items.erase(entry);
     });

@@ -110,6 +110,11 @@ QVariant koModelItem::data(int column, int role) const
     return role == Qt::EditRole ? values.value(Qt::DisplayRole) : QVariant();
 }
 
+quint64 koModelItem::getIdObjectId() const
+{
+    return 0;
+}
+
 QVariant koModelItem::getId() const
 {
     return QVariant();

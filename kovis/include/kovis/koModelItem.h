@@ -49,6 +49,9 @@ public:
     virtual QVariant data(int column, int role) const;
     // The identity of the row across reloads; an invalid id is not looked up.
     virtual QVariant getId() const;
+    // The object id of the scene object that is the row's id, 0 when the id is no
+    // scene object: the model indexes many rows without making an id for each.
+    virtual quint64 getIdObjectId() const;
     // Brings the item and what it shows below it in step with its data.
     virtual void reload();
     virtual bool getSelectable() const;

@@ -13,6 +13,7 @@ public:
     kodNode getNode() const { return kodNode(m_nodeId); }
     // The node, held as a kodNode.
     QVariant getId() const override;
+    quint64 getIdObjectId() const override { return m_nodeId; }
     QVariant data(int column, int role) const override;
     // Rebuilds the children from createChildList(). Between koItemModel::beginEdit()
     // and endEdit() the rows of nodes that are still children are kept as they are.

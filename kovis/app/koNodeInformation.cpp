@@ -1,7 +1,6 @@
 #include "koNodeInformation.h"
 
-#include "koFileStateText.h"
-
+#include <kovis/koFileStateText.h>
 #include <kovis/koNodeInfoDialog.h>
 #include <kovis/kodReferenceNode.h>
 

@@ -1,8 +1,8 @@
 #include "koReferenceReport.h"
 
-#include "koFileStateText.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koFileStateText.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koReferenceService.h>

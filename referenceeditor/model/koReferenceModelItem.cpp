@@ -3,6 +3,8 @@
 #include "koReferenceStateText.h"
 #include "koReferenceTreeModel.h"
 
+#include <kovis/koFileStateText.h>
+
 #include <QDir>
 
 koReferenceModelItem::koReferenceModelItem(const kodNode& node, bool nested, koModelItem* parent)
@@ -46,19 +48,19 @@ QString koReferenceModelItem::columnText(int column, const kodReferenceNode& ref
     case InstancesColumn:
         return QString::number(reference.getRefCount());
     case SmartStatusColumn:
-        return koReferenceStateText::colored(koReferenceStateText::statusWord(reference.getSmartFileState()),
+        return koReferenceStateText::colored(koFileStateText::state(reference.getSmartFileState(), QString()),
                                              reference.getSmartFileState(), reference);
     case SmartModifiedColumn:
-        return reference.hasSmartReference() ? koReferenceStateText::dateText(reference.getSmartLastModified()) : QString();
+        return reference.hasSmartReference() ? koFileStateText::date(reference.getSmartLastModified()) : QString();
     case SmartOwnerColumn:
         return reference.getSmartOwner();
     case SmartLocationColumn:
         return QDir::toNativeSeparators(reference.getSmartPath());
     case SourceStatusColumn:
-        return koReferenceStateText::colored(koReferenceStateText::statusWord(reference.getSourceFileState()),
+        return koReferenceStateText::colored(koFileStateText::state(reference.getSourceFileState(), QString()),
                                              reference.getSourceFileState(), reference);
     case SourceModifiedColumn:
-        return reference.hasSourceReference() ? koReferenceStateText::dateText(reference.getSourceLastModified()) : QString();
+        return reference.hasSourceReference() ? koFileStateText::date(reference.getSourceLastModified()) : QString();
     case SourceOwnerColumn:
         return reference.getSourceOwner();
     case SourceLocationColumn:

@@ -35,23 +35,6 @@ QColor stateColor(koReferenceTypes::FileState state, const kodReferenceNode& nod
 
 } // namespace
 
-QString koReferenceStateText::statusWord(koReferenceTypes::FileState state)
-{
-    switch (state) {
-    case koReferenceTypes::UpToDate:
-        return tr("Up to date");
-    case koReferenceTypes::OutOfDate:
-        return tr("Out of date");
-    case koReferenceTypes::Missing:
-        return tr("Missing");
-    case koReferenceTypes::Unsaved:
-        return tr("Unsaved");
-    case koReferenceTypes::NoFile:
-        break;
-    }
-    return QString();
-}
-
 QString koReferenceStateText::colored(const QString& label, koReferenceTypes::FileState state,
                                       const kodReferenceNode& node)
 {
@@ -59,11 +42,6 @@ QString koReferenceStateText::colored(const QString& label, koReferenceTypes::Fi
         return label;
     return QLatin1String("<font color=\"") + colorName(stateColor(state, node)) + QLatin1String("\">") + label
         + QLatin1String("</font>");
-}
-
-QString koReferenceStateText::dateText(const QDateTime& date)
-{
-    return date.isValid() ? date.toString(QStringLiteral("yyyy.MM.dd hh:mm")) : QStringLiteral("----");
 }
 
 bool koReferenceStateText::coloringEnabled()

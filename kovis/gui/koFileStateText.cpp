@@ -1,4 +1,4 @@
-#include "koFileStateText.h"
+#include <kovis/koFileStateText.h>
 
 QString koFileStateText::state(koReferenceTypes::FileState state, const QString& none)
 {

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <kovis/koReferenceTypes.h>
+#include "koGlobal.h"
+#include "koReferenceTypes.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QString>
 
-// How the host application writes file states and dates, in reports and dialogs.
-class koFileStateText
+// How the host and its plug-ins write file states and dates, in views, reports and dialogs.
+class KOVIS_EXPORT koFileStateText
 {
     Q_DECLARE_TR_FUNCTIONS(koFileStateText)
 public:

@@ -1,7 +1,7 @@
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
-#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 
 #include <QFile>
@@ -31,11 +31,6 @@ private:
 };
 
 namespace {
-
-koReferenceService* references()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
-}
 
 const QDateTime past(QDate(2020, 1, 1), QTime(12, 0), Qt::UTC);
 
@@ -100,10 +95,10 @@ void tst_koFileStates::states()
 
     if (setup == "smart touched" || setup == "unloaded smart touched") {
         koTestHost::setModified(smartFile, past.addSecs(60));
-        references()->checkFiles();
+        testService<koReferenceService>()->checkFiles();
     }
     if (setup.startsWith("converted"))
-        references()->convertToSmartReference(reference);
+        testService<koReferenceService>()->convertToSmartReference(reference);
     if (setup == "converted with path")
         reference.setSmartPath(smartFile);
 
@@ -119,7 +114,7 @@ void tst_koFileStates::queriesReadTheCacheUntilFilesAreChecked()
 
     QVERIFY(QFile::remove(smartFile));
     QCOMPARE(reference.getSmartFileState(), koReferenceTypes::UpToDate);
-    references()->checkFiles();
+    testService<koReferenceService>()->checkFiles();
     QCOMPARE(reference.getSmartFileState(), koReferenceTypes::Missing);
 }
 
@@ -131,15 +126,15 @@ void tst_koFileStates::monitoringAnnouncesEachChangeOnce()
     const QString project = m_host.writeProject(
         QStringLiteral("project.kpr"),
         {koTestHost::reference("A", QString(), "a.obj"), koTestHost::reference("B", QString(), "b.obj")});
-    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project));
-    QSignalSpy changed(references(), &koReferenceService::referencesChanged);
+    QVERIFY(testService<koFileIOService>()->loadProject(project));
+    QSignalSpy changed(testService<koReferenceService>(), &koReferenceService::referencesChanged);
 
-    references()->checkFiles();
+    testService<koReferenceService>()->checkFiles();
     QCOMPARE(changed.count(), 0);
 
     koTestHost::setModified(sourceFile, past.addSecs(10));
-    references()->checkFiles();
-    references()->checkFiles();
+    testService<koReferenceService>()->checkFiles();
+    testService<koReferenceService>()->checkFiles();
     QCOMPARE(changed.count(), 1);
     const auto announced = changed.at(0).at(0).value<QList<kodReferenceNode>>();
     QCOMPARE(announced.size(), 1);
@@ -151,21 +146,21 @@ void tst_koFileStates::monitoringRunsAtItsInterval()
 {
     const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
-    QSignalSpy monitoring(references(), &koReferenceService::updateMonitoringChanged);
-    QSignalSpy changed(references(), &koReferenceService::referencesChanged);
+    QSignalSpy monitoring(testService<koReferenceService>(), &koReferenceService::updateMonitoringChanged);
+    QSignalSpy changed(testService<koReferenceService>(), &koReferenceService::referencesChanged);
 
-    references()->setChangeMonitoringEnabled(false);
-    references()->setUpdateMonitoringInterval(10);
+    testService<koReferenceService>()->setChangeMonitoringEnabled(false);
+    testService<koReferenceService>()->setUpdateMonitoringInterval(10);
     QCOMPARE(monitoring.count(), 1);
     QCOMPARE(monitoring.at(0).at(0).toBool(), false);
     QFile::remove(sourceFile);
     QTest::qWait(50);
     QCOMPARE(changed.count(), 0);
 
-    references()->setChangeMonitoringEnabled(true);
+    testService<koReferenceService>()->setChangeMonitoringEnabled(true);
     QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
-    references()->loadPreferences();
+    testService<koReferenceService>()->loadPreferences();
 }
 
 void tst_koFileStates::monitoringFollowsChangedLinks()
@@ -173,12 +168,12 @@ void tst_koFileStates::monitoringFollowsChangedLinks()
     m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
     const QString moved = m_host.writeFile(QStringLiteral("moved/a.obj"), "v 0 0 0\n");
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
-    references()->checkFiles();
+    testService<koReferenceService>()->checkFiles();
     reference.setSourcePath(moved);
-    QSignalSpy changed(references(), &koReferenceService::referencesChanged);
+    QSignalSpy changed(testService<koReferenceService>(), &koReferenceService::referencesChanged);
 
     QVERIFY(QFile::remove(moved));
-    references()->checkFiles();
+    testService<koReferenceService>()->checkFiles();
     QCOMPARE(changed.count(), 1);
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
 }

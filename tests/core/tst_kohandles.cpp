@@ -1,4 +1,5 @@
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -25,20 +26,6 @@ private:
     koTestHost m_host;
 };
 
-namespace {
-
-koNodeService* nodes()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koNodeService>();
-}
-
-koReferenceService* references()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
-}
-
-} // namespace
-
 void tst_koHandles::typeTests_data()
 {
     QTest::addColumn<QString>("kind");
@@ -59,11 +46,11 @@ void tst_koHandles::typeTests()
 
     kodNode node;
     if (kind == "group")
-        node = nodes()->createGroupNode(kodNode(), QStringLiteral("G"));
+        node = testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("G"));
     else if (kind == "geometry")
-        node = nodes()->createGeometryNode(kodNode(), QStringLiteral("M"));
+        node = testService<koNodeService>()->createGeometryNode(kodNode(), QStringLiteral("M"));
     else if (kind == "reference")
-        node = references()->createReference(kodNode());
+        node = testService<koReferenceService>()->createReference(kodNode());
 
     QCOMPARE(node.isTypeOf(kodNode::staticMetaObject), isNode);
     QCOMPARE(node.isTypeOf(kodSceneObject::staticMetaObject), isNode);
@@ -73,7 +60,7 @@ void tst_koHandles::typeTests()
 
 void tst_koHandles::identityIsTheObjectId()
 {
-    const kodNode group = nodes()->createGroupNode(kodNode(), QStringLiteral("G"));
+    const kodNode group = testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("G"));
     const kodReferenceNode asReference(group.getObjectId());
     kodNode copy;
     copy = group;
@@ -82,15 +69,15 @@ void tst_koHandles::identityIsTheObjectId()
     QVERIFY(asReference == group);
     QCOMPARE(qHash(asReference), qHash(group));
     QCOMPARE(copy.getTypeId(), group.getTypeId());
-    QVERIFY(group != nodes()->getRootNode());
-    QSet<kodNode> set{group, copy, nodes()->getRootNode()};
+    QVERIFY(group != testService<koNodeService>()->getRootNode());
+    QSet<kodNode> set{group, copy, testService<koNodeService>()->getRootNode()};
     QCOMPARE(set.size(), 2);
     QVERIFY(kodReferenceNode(0).isNull());
 }
 
 void tst_koHandles::variantsCarryNodes()
 {
-    const kodReferenceNode reference = references()->createReference(kodNode());
+    const kodReferenceNode reference = testService<koReferenceService>()->createReference(kodNode());
     const QVariant variant = QVariant::fromValue(kodNode(reference.getObjectId()));
 
     QCOMPARE(variant.typeName(), "kodNode");
@@ -112,10 +99,11 @@ void tst_koHandles::staleHandleIsHarmless()
     QFETCH(bool, reference);
 
     const QString part = m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    kodReferenceNode stale = reference ? references()->createReference(kodNode())
-                                       : kodReferenceNode(nodes()->createGroupNode(kodNode(), "G").getObjectId());
+    kodReferenceNode stale = reference
+        ? testService<koReferenceService>()->createReference(kodNode())
+        : kodReferenceNode(testService<koNodeService>()->createGroupNode(kodNode(), "G").getObjectId());
     stale.setSmartPath(part);
-    nodes()->deleteNode(stale);
+    testService<koNodeService>()->deleteNode(stale);
 
     QVERIFY(!stale.isNull());
     QVERIFY(!stale.isValid());
@@ -124,7 +112,7 @@ void tst_koHandles::staleHandleIsHarmless()
     QCOMPARE(stale.getChildCount(), 0u);
     QVERIFY(stale.getChildren().isEmpty());
     QVERIFY(stale.getChild(0).isNull());
-    QCOMPARE(stale.getChildIndex(nodes()->getRootNode()), -1);
+    QCOMPARE(stale.getChildIndex(testService<koNodeService>()->getRootNode()), -1);
     QVERIFY(!stale.isVisible());
     QVERIFY(!stale.isLocked());
     QVERIFY(stale.getSharedNodes().isEmpty());
@@ -145,8 +133,8 @@ void tst_koHandles::staleHandleIsHarmless()
     stale.setName(QStringLiteral("X"));
     stale.setVisibilityFlag(false);
     stale.setUserLocked(true);
-    stale.addChild(nodes()->getRootNode());
-    nodes()->getRootNode().addChild(stale);
+    stale.addChild(testService<koNodeService>()->getRootNode());
+    testService<koNodeService>()->getRootNode().addChild(stale);
     stale.clearChildren();
     stale.load();
     stale.unload();
@@ -158,16 +146,16 @@ void tst_koHandles::staleHandleIsHarmless()
     stale.setSourcePath(part);
     QVERIFY(!stale.saveSmartReference());
     QVERIFY(!stale.saveSmartReferenceAs(m_host.path("copy.kpr"), true));
-    references()->removeReference(stale);
-    references()->convertToSmartReference(stale);
-    references()->importSourceReferences({stale});
+    testService<koReferenceService>()->removeReference(stale);
+    testService<koReferenceService>()->convertToSmartReference(stale);
+    testService<koReferenceService>()->importSourceReferences({stale});
     QCOMPARE(koTestHost::sceneSnapshot(), scene);
 }
 
 void tst_koHandles::lockAndVisibilityFollowAncestors()
 {
-    const kodNode outer = nodes()->createGroupNode(kodNode(), QStringLiteral("Outer"));
-    const kodNode inner = nodes()->createGroupNode(outer, QStringLiteral("Inner"));
+    const kodNode outer = testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("Outer"));
+    const kodNode inner = testService<koNodeService>()->createGroupNode(outer, QStringLiteral("Inner"));
     kodNode(outer).setUserLocked(true);
     kodNode(outer).setVisibilityFlag(false);
 

@@ -1,7 +1,7 @@
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
-#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koReferenceService.h>
 
@@ -33,19 +33,9 @@ private:
 
 namespace {
 
-koFileIOService* fileIO()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
-}
-
-koReferenceService* references()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
-}
-
 QString lastLogMessage()
 {
-    const auto entries = koKernelServiceFactory::the()->getServiceOrNull<koLogService>()->entries();
+    const auto entries = testService<koLogService>()->entries();
     return entries.isEmpty() ? QString() : entries.last().message;
 }
 
@@ -96,9 +86,9 @@ void tst_koProjectFile::loadingIsAnnounced()
     QFETCH(bool, success);
 
     const QString file = m_host.writeFile(QStringLiteral("project.kpr"), content);
-    QSignalSpy started(fileIO(), &koFileIOService::projectLoad);
-    QSignalSpy finished(fileIO(), &koFileIOService::projectLoadFinished);
-    QCOMPARE(fileIO()->loadProject(file), success);
+    QSignalSpy started(testService<koFileIOService>(), &koFileIOService::projectLoad);
+    QSignalSpy finished(testService<koFileIOService>(), &koFileIOService::projectLoadFinished);
+    QCOMPARE(testService<koFileIOService>()->loadProject(file), success);
     QCOMPARE(started.count(), 1);
     QCOMPARE(started.at(0).at(0).toString(), file);
     QCOMPARE(finished.count(), 1);
@@ -154,13 +144,13 @@ void tst_koProjectFile::badProjectLoadsNothing()
     QFETCH(QString, message);
 
     const QString good = m_host.writeProject(QStringLiteral("good.kpr"), {koTestHost::group("Kept")});
-    QVERIFY(fileIO()->loadProject(good));
+    QVERIFY(testService<koFileIOService>()->loadProject(good));
     const QByteArray before = koTestHost::sceneSnapshot();
 
     const QString bad = m_host.writeFile(QStringLiteral("bad.kpr"), content);
-    QVERIFY(!fileIO()->loadProject(bad));
+    QVERIFY(!testService<koFileIOService>()->loadProject(bad));
     QCOMPARE(koTestHost::sceneSnapshot(), before);
-    QCOMPARE(fileIO()->getProjectPath(), good);
+    QCOMPARE(testService<koFileIOService>()->getProjectPath(), good);
     QVERIFY2(lastLogMessage().contains(message), qPrintable(lastLogMessage()));
     QVERIFY(lastLogMessage().contains(QDir::toNativeSeparators(bad)));
 }
@@ -179,8 +169,8 @@ void tst_koProjectFile::referenceIncludingItselfStaysUnloaded()
     const QString main = m_host.writeFile(QStringLiteral("main.kpr"), referenceTo("main", throughAnother ? "other.kpr" : "main.kpr"));
     m_host.writeFile(QStringLiteral("other.kpr"), referenceTo("other", "main.kpr"));
 
-    QVERIFY(fileIO()->loadProject(main));
-    const QList<kodReferenceNode> all = references()->getSceneReferences();
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    const QList<kodReferenceNode> all = testService<koReferenceService>()->getSceneReferences();
     const kodReferenceNode& cyclic = all.last();
     QCOMPARE(all.size(), throughAnother ? 3 : 2);
     QVERIFY(!cyclic.isLoaded());
@@ -194,13 +184,13 @@ void tst_koProjectFile::movedProjectFolderKeepsItsLinks()
     m_host.writeProject(QStringLiteral("project/parts/wheel.kpr"), {koTestHost::geometry("Rim")});
     const QString main = m_host.writeProject(
         QStringLiteral("project/main.kpr"), {koTestHost::reference("Wheel", "parts/wheel.kpr", "parts/wheel.obj")});
-    QVERIFY(fileIO()->loadProject(main));
-    QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("project/saved.kpr"))));
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    QVERIFY(testService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/saved.kpr"))));
 
     QVERIFY(QDir().rename(m_host.path(QStringLiteral("project")), m_host.path(QStringLiteral("moved"))));
-    QVERIFY(fileIO()->loadProject(m_host.path(QStringLiteral("moved/saved.kpr"))));
+    QVERIFY(testService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("moved/saved.kpr"))));
 
-    const kodReferenceNode wheel = references()->getSceneReferences().at(1);
+    const kodReferenceNode wheel = testService<koReferenceService>()->getSceneReferences().at(1);
     QCOMPARE(wheel.getSmartPath(), m_host.path(QStringLiteral("moved/parts/wheel.kpr")));
     QCOMPARE(wheel.getSourcePath(), m_host.path(QStringLiteral("moved/parts/wheel.obj")));
     QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::UpToDate);
@@ -212,8 +202,8 @@ void tst_koProjectFile::pathsOutsideTheFolderStayAbsolute()
     const QString outside = m_host.writeFile(QStringLiteral("library/bolt.obj"), "v 0 0 0\n");
     const QString main = m_host.writeProject(QStringLiteral("project/main.kpr"),
                                              {koTestHost::reference("Bolt", QString(), outside)});
-    QVERIFY(fileIO()->loadProject(main));
-    QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("project/copy.kpr"))));
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    QVERIFY(testService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/copy.kpr"))));
 
     QFile saved(m_host.path(QStringLiteral("project/copy.kpr")));
     QVERIFY(saved.open(QIODevice::ReadOnly));
@@ -232,31 +222,31 @@ void tst_koProjectFile::savedProjectLoadsIntoTheSameScene()
     const QString main = m_host.writeProject(QStringLiteral("main.kpr"),
                                              {transformed, hidden, koTestHost::reference("Unloaded", QString(), "a.obj",
                                                                                          {{"loaded", false}})});
-    QVERIFY(fileIO()->loadProject(main));
-    const QList<kodNode> top = references()->getSceneReferences().first().getChildren();
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    const QList<kodNode> top = testService<koReferenceService>()->getSceneReferences().first().getChildren();
     QCOMPARE(top.first().getWorldTransform().column(3).x(), 5.0f);
 
-    QVERIFY(fileIO()->saveProject(m_host.path(QStringLiteral("copy.kpr"))));
+    QVERIFY(testService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("copy.kpr"))));
     const QString before = sceneWithoutIds();
-    QVERIFY(fileIO()->loadProject(m_host.path(QStringLiteral("copy.kpr"))));
+    QVERIFY(testService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("copy.kpr"))));
     QCOMPARE(sceneWithoutIds(), before);
 }
 
 void tst_koProjectFile::failedSaveKeepsFileAndScene()
 {
     const QString main = m_host.writeProject(QStringLiteral("main.kpr"), {koTestHost::group("A")});
-    QVERIFY(fileIO()->loadProject(main));
-    references()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    testService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
     const QByteArray scene = koTestHost::sceneSnapshot();
     QFile original(main);
     QVERIFY(original.open(QIODevice::ReadOnly));
     const QByteArray onDisk = original.readAll();
 
     // A folder below a regular file cannot be written, not even by root.
-    QVERIFY(!fileIO()->saveProject(main + QStringLiteral("/inside.kpr")));
+    QVERIFY(!testService<koFileIOService>()->saveProject(main + QStringLiteral("/inside.kpr")));
     QVERIFY(lastLogMessage().contains(QStringLiteral("could not be written")));
     QCOMPARE(koTestHost::sceneSnapshot(), scene);
-    QCOMPARE(fileIO()->getProjectPath(), main);
+    QCOMPARE(testService<koFileIOService>()->getProjectPath(), main);
     QVERIFY(original.seek(0));
     QCOMPARE(original.readAll(), onDisk);
 }
@@ -264,13 +254,14 @@ void tst_koProjectFile::failedSaveKeepsFileAndScene()
 void tst_koProjectFile::saveLeavesNoTemporaryFiles()
 {
     const QString main = m_host.writeProject(QStringLiteral("folder/main.kpr"), {koTestHost::group("A")});
-    QVERIFY(fileIO()->loadProject(main));
-    references()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
-    QVERIFY(fileIO()->saveProject());
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    testService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
+    QVERIFY(testService<koFileIOService>()->saveProject());
     QCOMPARE(filesIn(m_host.path(QStringLiteral("folder"))), QStringList{QStringLiteral("main.kpr")});
 
-    QVERIFY(fileIO()->loadProject(main));
-    QCOMPARE(references()->getSceneReferences().first().getChild(0).getName(), QStringLiteral("B"));
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    const kodReferenceNode loaded = testService<koReferenceService>()->getSceneReferences().first();
+    QCOMPARE(loaded.getChild(0).getName(), QStringLiteral("B"));
 }
 
 QTEST_MAIN(tst_koProjectFile)

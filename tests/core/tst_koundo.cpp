@@ -1,7 +1,7 @@
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
-#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koScopedMultiCommand.h>
@@ -34,14 +34,9 @@ private:
 
 namespace {
 
-koReferenceService* references()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
-}
-
 kodNode byName(const QString& name)
 {
-    QList<kodNode> pending{koKernelServiceFactory::the()->getServiceOrNull<koNodeService>()->getRootNode()};
+    QList<kodNode> pending{testService<koNodeService>()->getRootNode()};
     while (!pending.isEmpty()) {
         const kodNode node = pending.takeFirst();
         if (node.getName() == name)
@@ -68,7 +63,7 @@ void tst_koUndo::init()
         {koTestHost::group("Frame", {koTestHost::geometry("Beam")}),
          koTestHost::reference("Wheel", "wheel.kpr", "wheel.obj"),
          koTestHost::reference("Imported", QString(), "wheel.obj")});
-    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(main));
+    QVERIFY(testService<koFileIOService>()->loadProject(main));
 }
 
 void tst_koUndo::undoRedoRestoresTheScene_data()
@@ -79,25 +74,27 @@ void tst_koUndo::undoRedoRestoresTheScene_data()
     QTest::newRow("rename") << SceneOperation([](auto) { byName("Beam").setName(QStringLiteral("Girder")); });
     QTest::newRow("hide") << SceneOperation([](auto) { byName("Frame").setVisibilityFlag(false); });
     QTest::newRow("lock") << SceneOperation([](auto) { referenceNamed("Wheel").setUserLocked(true); });
-    QTest::newRow("create reference") << SceneOperation([](auto) { references()->createReference(byName("Frame")); });
-    QTest::newRow("remove reference") << SceneOperation([](auto) { references()->removeReference(referenceNamed("Wheel")); });
-    QTest::newRow("convert a group") << SceneOperation([](auto) { references()->convertToSmartReference(byName("Frame")); });
+    QTest::newRow("create reference")
+        << SceneOperation([](auto) { testService<koReferenceService>()->createReference(byName("Frame")); });
+    QTest::newRow("remove reference")
+        << SceneOperation([](auto) { testService<koReferenceService>()->removeReference(referenceNamed("Wheel")); });
+    QTest::newRow("convert a group")
+        << SceneOperation([](auto) { testService<koReferenceService>()->convertToSmartReference(byName("Frame")); });
     QTest::newRow("convert a reference")
-        << SceneOperation([](auto) { references()->convertToSmartReference(byName("Imported")); });
+        << SceneOperation([](auto) { testService<koReferenceService>()->convertToSmartReference(byName("Imported")); });
     QTest::newRow("repath smart") << SceneOperation([other](auto) { referenceNamed("Wheel").setSmartPath(other); });
     QTest::newRow("repath source") << SceneOperation([other](auto) { referenceNamed("Wheel").setSourcePath(other); });
     QTest::newRow("delete smart link") << SceneOperation([](auto) { referenceNamed("Wheel").removeSmartReference(); });
     QTest::newRow("delete source link") << SceneOperation([](auto) { referenceNamed("Wheel").removeSourceReference(); });
-    QTest::newRow("clone") << SceneOperation([](auto) {
-        koKernelServiceFactory::the()->getServiceOrNull<koTreeService>()->cloneNodes({byName("Wheel"), byName("Frame")});
-    });
+    QTest::newRow("clone")
+        << SceneOperation([](auto) { testService<koTreeService>()->cloneNodes({byName("Wheel"), byName("Frame")}); });
     QTest::newRow("move") << SceneOperation([](auto) { byName("Frame").addChild(byName("Imported")); });
     QTest::newRow("clear children") << SceneOperation([](auto) { byName("Frame").clearChildren(); });
     QTest::newRow("reimport source of a smart reference")
-        << SceneOperation([](auto) { references()->importSourceReferences({referenceNamed("Wheel")}); });
+        << SceneOperation([](auto) { testService<koReferenceService>()->importSourceReferences({referenceNamed("Wheel")}); });
     QTest::newRow("remove every reference") << SceneOperation([](const QList<kodReferenceNode>& all) {
         for (const kodReferenceNode& reference : all)
-            references()->removeReference(reference);
+            testService<koReferenceService>()->removeReference(reference);
     });
 }
 
@@ -109,7 +106,7 @@ void tst_koUndo::undoRedoRestoresTheScene()
 
     {
         koScopedMultiCommand step(koUndoString("tst_koUndo", QStringLiteral("Operation")), true);
-        operation(references()->getSceneReferences());
+        operation(testService<koReferenceService>()->getSceneReferences());
     }
     const QByteArray after = koTestHost::sceneSnapshot();
     QVERIFY(after != before);
@@ -129,7 +126,7 @@ void tst_koUndo::changesOutsideAScopeAreNotUndoable()
     byName("Beam").setName(QStringLiteral("Girder"));
     referenceNamed("Wheel").setSourcePath(m_host.path(QStringLiteral("other.obj")));
     QCOMPARE(koUndoStack::the()->count(), 0);
-    QVERIFY(references()->getSceneReferences().first().isChanged());
+    QVERIFY(testService<koReferenceService>()->getSceneReferences().first().isChanged());
 }
 
 void tst_koUndo::emptyScopeLeavesNoStep()
@@ -167,7 +164,7 @@ void tst_koUndo::undoneRemovalRevivesHandles()
     const kodNode beam = byName("Beam");
     {
         koScopedUndo step(true);
-        koKernelServiceFactory::the()->getServiceOrNull<koNodeService>()->deleteNode(frame);
+        testService<koNodeService>()->deleteNode(frame);
     }
     QVERIFY(!frame.isValid());
     QVERIFY(!beam.isValid());

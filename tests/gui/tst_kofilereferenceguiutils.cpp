@@ -1,9 +1,9 @@
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koFileReferenceGUIUtils.h>
-#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koScopedUndo.h>
@@ -12,12 +12,6 @@
 #include <QtTest>
 
 namespace {
-
-template<class T>
-T* service()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<T>();
-}
 
 const QByteArray engineObj = "o Block\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\ng Side\nf 1 3 2\n";
 
@@ -49,10 +43,10 @@ void tst_kofilereferenceguiutils::loadSource()
     QFETCH(bool, underGroup);
 
     koTestHost host;
-    const kodNode group = underGroup ? service<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("Group"))
+    const kodNode group = underGroup ? testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("Group"))
                                      : kodNode();
     const QString path = picked.isEmpty() ? QString() : host.writeFile(picked, engineObj);
-    const int referencesBefore = service<koReferenceService>()->getSceneReferences().size();
+    const int referencesBefore = testService<koReferenceService>()->getSceneReferences().size();
     const int undoStepsBefore = koUndoStack::the()->count();
     koScriptedFileDialog files;
     files.answer(path);
@@ -68,10 +62,10 @@ void tst_kofilereferenceguiutils::loadSource()
     QCOMPARE(call.function, koFileDialog::Function::OpenFileName);
     QCOMPARE(call.caption, QStringLiteral("Load Source Reference"));
     QCOMPARE(call.dir, QString());
-    QCOMPARE(call.filter, service<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
+    QCOMPARE(call.filter, testService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
     if (path.isEmpty()) {
         QVERIFY(reference.isNull());
-        QCOMPARE(service<koReferenceService>()->getSceneReferences().size(), referencesBefore);
+        QCOMPARE(testService<koReferenceService>()->getSceneReferences().size(), referencesBefore);
         QCOMPARE(koUndoStack::the()->count(), undoStepsBefore);
         return;
     }
@@ -82,8 +76,8 @@ void tst_kofilereferenceguiutils::loadSource()
     QVERIFY(!reference.hasSmartReference());
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::FileState(0));
     QVERIFY(reference.getChildCount() > 0);
-    QCOMPARE(reference.getParent(), underGroup ? group : service<koNodeService>()->getRootNode());
-    QCOMPARE(service<koReferenceService>()->getSceneReferences().size(), referencesBefore + 1);
+    QCOMPARE(reference.getParent(), underGroup ? group : testService<koNodeService>()->getRootNode());
+    QCOMPARE(testService<koReferenceService>()->getSceneReferences().size(), referencesBefore + 1);
 
     QCOMPARE(koUndoStack::the()->count(), undoStepsBefore + 1);
     koUndoStack::the()->undo();

@@ -1,4 +1,5 @@
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koItemModel.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -17,11 +18,6 @@
 
 namespace {
 
-koNodeService* nodes()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koNodeService>();
-}
-
 QVariant idOf(const kodNode& node)
 {
     return QVariant::fromValue(node);
@@ -31,13 +27,13 @@ QVariant idOf(const kodNode& node)
 struct Scene
 {
     Scene()
-        : root(nodes()->getRootNode())
-        , a(nodes()->createGroupNode(root, QStringLiteral("A")))
-        , a1(nodes()->createGroupNode(a, QStringLiteral("A1")))
-        , a2(nodes()->createGroupNode(a, QStringLiteral("A2")))
-        , b(nodes()->createGroupNode(root, QStringLiteral("B")))
-        , b1(nodes()->createGroupNode(b, QStringLiteral("B1")))
-        , c(nodes()->createGroupNode(root, QStringLiteral("C")))
+        : root(testService<koNodeService>()->getRootNode())
+        , a(testService<koNodeService>()->createGroupNode(root, QStringLiteral("A")))
+        , a1(testService<koNodeService>()->createGroupNode(a, QStringLiteral("A1")))
+        , a2(testService<koNodeService>()->createGroupNode(a, QStringLiteral("A2")))
+        , b(testService<koNodeService>()->createGroupNode(root, QStringLiteral("B")))
+        , b1(testService<koNodeService>()->createGroupNode(b, QStringLiteral("B1")))
+        , c(testService<koNodeService>()->createGroupNode(root, QStringLiteral("C")))
     {
     }
 
@@ -159,10 +155,10 @@ void tst_koitemmodel::singleItemEdit()
         scene.a.setName(QStringLiteral("Renamed"));
         break;
     case Change::AddChild:
-        nodes()->createGroupNode(scene.a, QStringLiteral("A3"));
+        testService<koNodeService>()->createGroupNode(scene.a, QStringLiteral("A3"));
         break;
     case Change::RemoveChild:
-        nodes()->deleteNode(scene.a1);
+        testService<koNodeService>()->deleteNode(scene.a1);
         break;
     case Change::MoveChild:
         scene.a.addChild(scene.b1);
@@ -199,13 +195,13 @@ void tst_koitemmodel::resetsKeepTheModelConsistent()
     Scene scene;
     Watched watched(scene.root);
 
-    nodes()->createGroupNode(scene.c, QStringLiteral("C1"));
+    testService<koNodeService>()->createGroupNode(scene.c, QStringLiteral("C1"));
     watched.model.reload();
     QCOMPARE(childNames(watched.model, watched.indexOf(scene.c)), QStringList{"C1"});
 
     watched.model.setRootItem(new koNodeModelItem(scene.b));
     QCOMPARE(childNames(watched.model, {}), QStringList{"B1"});
-    nodes()->createGroupNode(scene.b, QStringLiteral("B2"));
+    testService<koNodeService>()->createGroupNode(scene.b, QStringLiteral("B2"));
     watched.model.reload();
     QCOMPARE(childNames(watched.model, {}), (QStringList{"B1", "B2"}));
     QVERIFY(!watched.indexOf(scene.a).isValid());
@@ -238,9 +234,9 @@ void tst_koitemmodel::idLookupFollowsTheTree()
     Watched watched(scene.root);
     QCOMPARE(watched.indexOf(scene.a2).data().toString(), QStringLiteral("A2"));
 
-    const kodNode added = nodes()->createGroupNode(scene.a, QStringLiteral("A3"));
+    const kodNode added = testService<koNodeService>()->createGroupNode(scene.a, QStringLiteral("A3"));
     if (deleteNode)
-        nodes()->deleteNode(scene.a2);
+        testService<koNodeService>()->deleteNode(scene.a2);
     if (throughEdit) {
         watched.model.beginEdit();
         watched.model.findItemById(idOf(scene.a))->reload();

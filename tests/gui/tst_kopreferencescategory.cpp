@@ -1,4 +1,5 @@
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesCategory.h>
@@ -9,11 +10,6 @@
 #include <memory>
 
 namespace {
-
-koPreferencesService* preferences()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
-}
 
 // Records what the host asks of it; on apply it notes which of its keys had changed,
 // as a real page does before handing values on.
@@ -98,7 +94,7 @@ void tst_kopreferencescategory::changeTracking()
     set(value, markChanged);
 
     QCOMPARE(category.isChanged(key), changed);
-    QCOMPARE(preferences()->isChanged(key), changed);
+    QCOMPARE(testService<koPreferencesService>()->isChanged(key), changed);
     if (value.userType() == QMetaType::Bool)
         QCOMPARE(category.getBoolValue(key, !value.toBool()), value.toBool());
     else if (value.userType() == QMetaType::Int)
@@ -119,21 +115,21 @@ void tst_kopreferencescategory::notificationsReachOnlyTheirCategory()
     other.registerCategory();
 
     references.setIntValue(ownKey, 7, true);
-    preferences()->setIntValue(serviceKey, 3, true);
+    testService<koPreferencesService>()->setIntValue(serviceKey, 3, true);
     other.setIntValue(otherKey, 1, true);
 
-    preferences()->notifyCategoryChanged(QStringLiteral("References"));
+    testService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("References"));
     QCOMPARE(references.loads, 1);
     QCOMPARE(other.loads, 0);
 
-    preferences()->notifyCategoryApplied(QStringLiteral("References"));
+    testService<koPreferencesService>()->notifyCategoryApplied(QStringLiteral("References"));
     QCOMPARE(references.appliedKeys, (QStringList{ownKey, serviceKey}));
     QCOMPARE(other.appliedKeys, QStringList());
     QVERIFY(!references.isChanged(ownKey));
     QVERIFY(!references.isChanged(serviceKey));
     QVERIFY(other.isChanged(otherKey));
 
-    preferences()->notifyCategoryApplied(QStringLiteral("References"));
+    testService<koPreferencesService>()->notifyCategoryApplied(QStringLiteral("References"));
     QCOMPARE(references.appliedKeys, (QStringList{ownKey, serviceKey}));
 }
 
@@ -145,12 +141,12 @@ void tst_kopreferencescategory::registryListsEachCategoryOnce()
     category->registerCategory();
     category->registerCategory();
     QCOMPARE(koPreferencesCategory::registeredCategories().count(category.get()), 1);
-    preferences()->notifyCategoryChanged(QStringLiteral("Listed"));
+    testService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("Listed"));
     QCOMPARE(category->loads, 1);
 
     category.reset();
     QCOMPARE(koPreferencesCategory::registeredCategories().size(), before);
-    preferences()->notifyCategoryChanged(QStringLiteral("Listed"));
+    testService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("Listed"));
 }
 
 QTEST_MAIN(tst_kopreferencescategory)

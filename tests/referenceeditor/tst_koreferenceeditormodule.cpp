@@ -2,9 +2,9 @@
 #include "koReferenceFilterModel.h"
 #include "koReferenceTreeModel.h"
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
-#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koObjectService.h>
@@ -44,12 +44,6 @@ private:
 
 namespace {
 
-template<class Service>
-Service* service()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<Service>();
-}
-
 // Every reload of the reference model ends in one of these two signals.
 struct ReloadCounter
 {
@@ -76,7 +70,7 @@ QStringList names(const QList<kodNode>& nodes)
 
 void tst_koReferenceEditorModule::init()
 {
-    QVERIFY(service<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    QVERIFY(testService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     m_module = std::make_unique<koReferenceEditorModule>();
     settle();
 }
@@ -94,7 +88,7 @@ void tst_koReferenceEditorModule::settle()
 
 kodReferenceNode tst_koReferenceEditorModule::reference(const QString& name) const
 {
-    for (const kodReferenceNode& candidate : service<koReferenceService>()->getSceneReferences()) {
+    for (const kodReferenceNode& candidate : testService<koReferenceService>()->getSceneReferences()) {
         if (candidate.getName() == name)
             return candidate;
     }
@@ -105,8 +99,8 @@ void tst_koReferenceEditorModule::burstOfNotificationsCostsOneReload()
 {
     ReloadCounter reloads(m_module->referenceModel());
     for (int i = 0; i < 10; ++i)
-        emit service<koReferenceService>()->referencesChanged({reference(QStringLiteral("Frame"))});
-    emit service<koReferenceService>()->updateMonitoringChanged(true);
+        emit testService<koReferenceService>()->referencesChanged({reference(QStringLiteral("Frame"))});
+    emit testService<koReferenceService>()->updateMonitoringChanged(true);
     QCOMPARE(reloads.count(), 0);
     QVERIFY(m_module->isReloadPending());
     settle();
@@ -117,31 +111,31 @@ void tst_koReferenceEditorModule::burstOfNotificationsCostsOneReload()
 void tst_koReferenceEditorModule::noReloadWhileAProjectLoads()
 {
     ReloadCounter reloads(m_module->referenceModel());
-    emit service<koFileIOService>()->projectLoad(QStringLiteral("other.kpr"));
-    emit service<koReferenceService>()->referencesChanged({});
+    emit testService<koFileIOService>()->projectLoad(QStringLiteral("other.kpr"));
+    emit testService<koReferenceService>()->referencesChanged({});
     m_module->scheduleReload();
     settle();
     QCOMPARE(reloads.count(), 0);
 
-    emit service<koFileIOService>()->projectLoadFinished(QStringLiteral("other.kpr"), true);
-    emit service<koReferenceService>()->referencesChanged({});
+    emit testService<koFileIOService>()->projectLoadFinished(QStringLiteral("other.kpr"), true);
+    emit testService<koReferenceService>()->referencesChanged({});
     settle();
     QCOMPARE(reloads.count(), 1);
 
-    QVERIFY(service<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    QVERIFY(testService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     settle();
     QCOMPARE(reloads.count(), 2);
 }
 
 void tst_koReferenceEditorModule::hiddenWindowIgnoresTheSceneSelection()
 {
-    emit service<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
+    emit testService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
     QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
 
     m_module->show();
-    emit service<koReferenceService>()->sceneSelectionChanged({});
+    emit testService<koReferenceService>()->sceneSelectionChanged({});
     QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
-    emit service<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
+    emit testService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
     QCOMPARE(names(m_module->nodeSelectionModel()->getAllSelectedNodes()), QStringList{QStringLiteral("Frame")});
 }
 
@@ -161,7 +155,7 @@ void tst_koReferenceEditorModule::sceneSelectionSelectsSharedInstancesInTheList(
     m_module->m_listMode->setCurrentIndex(listMode);
     settle();
     m_module->show();
-    emit service<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Front Wheel"))});
+    emit testService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Front Wheel"))});
     QStringList selected = names(m_module->nodeSelectionModel()->getAllSelectedNodes());
     selected.sort();
     QCOMPARE(selected, expected);
@@ -193,9 +187,9 @@ void tst_koReferenceEditorModule::sliderRangeFollowsTheGraphDepth()
 
     m_module->m_treeSlider->setMaximum(42);
     if (scene != "demo")
-        service<koFileIOService>()->newProject();
+        testService<koFileIOService>()->newProject();
     if (scene == "one")
-        service<koReferenceService>()->createReference(kodNode());
+        testService<koReferenceService>()->createReference(kodNode());
     if (scene == "none")
         m_module->referenceModel()->clear();
     m_module->scheduleReload();
@@ -217,7 +211,7 @@ void tst_koReferenceEditorModule::expandedRowsSurviveTheListView()
 
     m_module->m_listMode->setCurrentIndex(1);
     settle();
-    QCOMPARE(filter->rowCount(), service<koReferenceService>()->getSceneReferences().size());
+    QCOMPARE(filter->rowCount(), testService<koReferenceService>()->getSceneReferences().size());
     m_module->m_listMode->setCurrentIndex(0);
     settle();
 
@@ -231,10 +225,10 @@ void tst_koReferenceEditorModule::onlyNameChangesUpdateAnItem()
 {
     QSignalSpy changed(m_module->referenceModel(), &QAbstractItemModel::dataChanged);
     const kodReferenceNode frame = reference(QStringLiteral("Frame"));
-    emit service<koObjectService>()->propertyChanged(frame, "visible");
+    emit testService<koObjectService>()->propertyChanged(frame, "visible");
     QCOMPARE(changed.count(), 0);
 
-    emit service<koObjectService>()->propertyChanged(frame, "name");
+    emit testService<koObjectService>()->propertyChanged(frame, "name");
     QVERIFY(changed.count() >= 1);
     const QModelIndex row = m_module->referenceModel()->indexFromId(QVariant::fromValue(kodNode(frame)));
     QCOMPARE(changed.last().at(0).toModelIndex().row(), row.row());
@@ -244,7 +238,8 @@ void tst_koReferenceEditorModule::onlyNameChangesUpdateAnItem()
 void tst_koReferenceEditorModule::createdReferenceIsSelected()
 {
     m_module->show();
-    const kodReferenceNode created = service<koReferenceService>()->createReference(reference(QStringLiteral("Frame")));
+    const kodReferenceNode created =
+        testService<koReferenceService>()->createReference(reference(QStringLiteral("Frame")));
     settle();
     QCOMPARE(m_module->nodeSelectionModel()->getAllSelectedNodes(), QList<kodNode>{created});
 }

@@ -4,9 +4,9 @@
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
-#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 
 #include <QAbstractItemModelTester>
@@ -87,8 +87,8 @@ void tst_koReferenceFilterModel::initTestCase()
          koTestHost::reference("B", QString(), "b.obj"), koTestHost::reference("C", "c.osb", QString()),
          koTestHost::reference("D", "d.kpr", "d.OBJ"), koTestHost::reference("E", QString(), QString()),
          koTestHost::reference("F", "f.kpr", QString())});
-    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project));
-    koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->getSceneReferences().last().getChild(0).setName(
+    QVERIFY(testService<koFileIOService>()->loadProject(project));
+    testService<koReferenceService>()->getSceneReferences().last().getChild(0).setName(
         QStringLiteral("Edited"));
     m_model.setHeader(koReferenceTreeModel::columnTitles());
     m_model.setRootItem(new koReferenceFlatModelItem(kodNode()));

@@ -1,6 +1,7 @@
 #include "koReferencePreferencesGUII.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
+#include "koTestServices.h"
 
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesService.h>
@@ -25,33 +26,28 @@ const QString intervalKey = QStringLiteral("Reference Update Monitoring Interval
 const QStringList storeOrder{monitoringKey, convertWarningKey, notificationKey, storeModeKey, storeLocationKey,
                              loadModeKey,   smartUpdateKey,    materialsKey,    intervalKey};
 
-koPreferencesService* preferences()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
-}
-
 // Settings files hold text; comparing as text also tells a stored value from a sentinel.
 QString storedText(const QString& key)
 {
-    return preferences()->getStringValue(key, QStringLiteral("<absent>"));
+    return testService<koPreferencesService>()->getStringValue(key, QStringLiteral("<absent>"));
 }
 
 void store(const QString& key, const QVariant& value)
 {
     if (value.userType() == QMetaType::Bool)
-        preferences()->setBoolValue(key, value.toBool(), false);
+        testService<koPreferencesService>()->setBoolValue(key, value.toBool(), false);
     else if (value.userType() == QMetaType::Int)
-        preferences()->setIntValue(key, value.toInt(), false);
+        testService<koPreferencesService>()->setIntValue(key, value.toInt(), false);
     else
-        preferences()->setStringValue(key, value.toString(), false);
+        testService<koPreferencesService>()->setStringValue(key, value.toString(), false);
 }
 
 // Overwrites every key with a value no widget produces and forgets the change marks.
 void storeSentinels()
 {
     for (const QString& key : storeOrder) {
-        preferences()->setStringValue(key, QStringLiteral("sentinel"), false);
-        preferences()->clearChanged(key);
+        testService<koPreferencesService>()->setStringValue(key, QStringLiteral("sentinel"), false);
+        testService<koPreferencesService>()->clearChanged(key);
     }
 }
 
@@ -62,7 +58,7 @@ void loadPage(koReferencePreferencesGUII& page, const QVariantMap& stored = {})
     for (auto it = stored.cbegin(); it != stored.cend(); ++it)
         store(it.key(), it.value());
     for (const QString& key : storeOrder)
-        preferences()->clearChanged(key);
+        testService<koPreferencesService>()->clearChanged(key);
     page.loadValues();
 }
 
@@ -258,7 +254,7 @@ void tst_koReferencePreferencesGUII::roundTrip()
     page.saveValues();
 
     QCOMPARE(storedText(key), saved);
-    QVERIFY(preferences()->isChanged(key));
+    QVERIFY(testService<koPreferencesService>()->isChanged(key));
 }
 
 void tst_koReferencePreferencesGUII::storesInTheHostsOrder_data()
@@ -276,7 +272,7 @@ void tst_koReferencePreferencesGUII::storesInTheHostsOrder()
     koReferencePreferencesGUII page;
     loadPage(page);
     storeSentinels();
-    QSignalSpy stores(preferences(), &koPreferencesService::valueChanged);
+    QSignalSpy stores(testService<koPreferencesService>(), &koPreferencesService::valueChanged);
 
     if (defaults)
         page.initDefaults(true);
@@ -330,7 +326,7 @@ void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys()
     enterAll(page, edits);
     page.saveValues();
     for (const QString& key : storeOrder)
-        QVERIFY2(preferences()->isChanged(key) == changedKeys.contains(key), qPrintable(key));
+        QVERIFY2(testService<koPreferencesService>()->isChanged(key) == changedKeys.contains(key), qPrintable(key));
 
     ScopedRecordingService service;
     page.applyChanges();
@@ -412,7 +408,7 @@ void tst_koReferencePreferencesGUII::initDefaultsStoresTheDefaults()
         storeSentinels();
         page.initDefaults(markChanged);
         QCOMPARE(storedText(key), defaultValue);
-        QCOMPARE(preferences()->isChanged(key), markChanged);
+        QCOMPARE(testService<koPreferencesService>()->isChanged(key), markChanged);
     }
 }
 

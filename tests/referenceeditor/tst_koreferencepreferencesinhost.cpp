@@ -1,7 +1,7 @@
 #include "koPreferencesDialog.h"
 #include "koTestHost.h"
+#include "koTestServices.h"
 
-#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesCategory.h>
 #include <kovis/koPreferencesService.h>
 #include <kovis/koReferenceService.h>
@@ -19,12 +19,6 @@ Q_DECLARE_METATYPE(QDialogButtonBox::StandardButton)
 namespace {
 
 const QString intervalKey = QStringLiteral("Reference Update Monitoring Interval");
-
-template<class Service>
-Service* service()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<Service>();
-}
 
 koPreferencesCategory* referencesPage()
 {
@@ -65,7 +59,7 @@ void tst_koReferencePreferencesInHost::cleanupTestCase()
 {
     QVERIFY(m_plugin.unload());
     // The store keeps the page's keys beyond the plug-in's life.
-    service<koPreferencesService>()->sync();
+    testService<koPreferencesService>()->sync();
 }
 
 void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService_data()
@@ -90,8 +84,8 @@ void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService()
 
     // A host seeds the store with the defaults once; the page alone falls back to "off".
     referencesPage()->initDefaults(false);
-    service<koPreferencesService>()->setIntValue(intervalKey, storedInterval, false);
-    service<koReferenceService>()->loadPreferences();
+    testService<koPreferencesService>()->setIntValue(intervalKey, storedInterval, false);
+    testService<koReferenceService>()->loadPreferences();
 
     koPreferencesDialog dialog;
     auto* categories = dialog.findChild<QListWidget*>(QStringLiteral("PreferencesCategories"));
@@ -109,7 +103,7 @@ void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService()
     }
     dialog.findChild<QDialogButtonBox*>()->button(button)->click();
 
-    QCOMPARE(service<koReferenceService>()->getUpdateMonitoringInterval(), hostInterval);
+    QCOMPARE(testService<koReferenceService>()->getUpdateMonitoringInterval(), hostInterval);
 }
 
 QTEST_MAIN(tst_koReferencePreferencesInHost)

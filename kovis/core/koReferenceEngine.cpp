@@ -310,14 +310,19 @@ void koReferenceEngine::updateLinks(quint64 id, const koReferenceContent& conten
     m_store->setContent(shareKeyOf(id), content, markOwner ? ownerKey(id) : 0, undoable);
 }
 
+void koReferenceEngine::stampSmartFile(koReferenceContent& content)
+{
+    m_cache.refresh(content.smartPath);
+    content.smartStamp = m_cache.lookup(content.smartPath).modified;
+}
+
 void koReferenceEngine::stampFiles(koReferenceContent& content)
 {
     if (content.hasSmart && !content.smartPath.isEmpty()) {
-        m_cache.refresh(content.smartPath);
-        if (content.loaded && !content.smartUnreadable)
-            content.smartStamp = m_cache.lookup(content.smartPath).modified;
-        else if (content.smartUnreadable)
-            content.smartStamp = m_cache.lookup(content.smartPath).modified;
+        if (content.loaded || content.smartUnreadable)
+            stampSmartFile(content);
+        else
+            m_cache.refresh(content.smartPath);
     }
     if (content.hasSource && !content.sourcePath.isEmpty()) {
         m_cache.refresh(content.sourcePath);
@@ -351,8 +356,7 @@ bool koReferenceEngine::loadSmart(quint64 id)
         clearContent(id);
         links.loaded = false;
         links.smartUnreadable = QFileInfo(links.smartPath).isFile();
-        m_cache.refresh(links.smartPath);
-        links.smartStamp = m_cache.lookup(links.smartPath).modified;
+        stampSmartFile(links);
         updateLinks(id, links, false, false);
         return false;
     }
@@ -360,8 +364,7 @@ bool koReferenceEngine::loadSmart(quint64 id)
     links.loaded = true;
     links.smartUnsaved = false;
     links.smartUnreadable = false;
-    m_cache.refresh(links.smartPath);
-    links.smartStamp = m_cache.lookup(links.smartPath).modified;
+    stampSmartFile(links);
     updateLinks(id, links, false, false);
     m_store->markSaved(shareKeyOf(id));
     return true;
@@ -466,10 +469,9 @@ bool koReferenceEngine::writeFile(quint64 id, const QString& path)
 void koReferenceEngine::finishSave(quint64 id)
 {
     koReferenceContent links = linksOf(id);
-    m_cache.refresh(links.smartPath);
     links.smartUnsaved = false;
     links.smartUnreadable = false;
-    links.smartStamp = m_cache.lookup(links.smartPath).modified;
+    stampSmartFile(links);
     updateLinks(id, links, false, false);
     m_store->markSaved(shareKeyOf(id));
     announceShared(shareKeyOf(id));

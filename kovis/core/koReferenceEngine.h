@@ -121,6 +121,8 @@ private:
 
     int materialize(const koSceneNodeDesc& desc, Materialized& out);
     void stampFiles(koReferenceContent& content);
+    // Takes the smart file as it is on disk now as the one the content matches.
+    void stampSmartFile(koReferenceContent& content);
     void replaceContent(quint64 id, const QVector<koSceneNodeDesc>& children);
     void clearContent(quint64 id);
     quint64 replaceNode(quint64 id, koNodeRecord replacement);

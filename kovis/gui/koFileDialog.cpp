@@ -1,5 +1,7 @@
 #include <kovis/koFileDialog.h>
 
+#include <QDir>
+
 namespace {
 
 koFileDialog::Handler& installedHandler()
@@ -58,6 +60,12 @@ QString koFileDialog::getExistingDirectory(QWidget* parent, const QString& capti
     return ask({Function::ExistingDirectory, parent, caption, dir, QString(), options}, [&] {
                return QStringList{QFileDialog::getExistingDirectory(parent, caption, dir, options)};
            }).value(0);
+}
+
+QString koFileDialog::getExistingDirectoryForField(QWidget* parent, const QString& caption, const QString& typed)
+{
+    const QString start = !typed.isEmpty() && QDir(typed).exists() ? typed : QString();
+    return getExistingDirectory(parent, caption, start, QFileDialog::ShowDirsOnly);
 }
 
 koFileDialog::Handler koFileDialog::setHandler(Handler handler)

@@ -9,7 +9,6 @@
 #include <kovis/koReferenceService.h>
 #include <kovis/koReferenceTypes.h>
 
-#include <QDir>
 #include <QMessageBox>
 
 koReferenceSmartLocationDialogUI::koReferenceSmartLocationDialogUI(QWidget* parent)
@@ -69,10 +68,8 @@ void koReferenceSmartLocationDialogUI::enableCustomFolder(int locationIndex)
 
 void koReferenceSmartLocationDialogUI::chooseFolder()
 {
-    const QString typed = m_customPath->text();
-    const QString start = QDir(typed).exists() ? typed : QString();
-    const QString folder = koFileDialog::getExistingDirectory(this, tr("Custom Smart Reference Location"), start,
-                                                              QFileDialog::ShowDirsOnly);
+    const QString folder =
+        koFileDialog::getExistingDirectoryForField(this, tr("Custom Smart Reference Location"), m_customPath->text());
     if (folder.isEmpty())
         return;
     if (!koFolderWriteTest::isWritable(folder)) {

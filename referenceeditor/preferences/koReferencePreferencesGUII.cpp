@@ -7,7 +7,6 @@
 #include <kovis/koPreferencesService.h>
 #include <kovis/koReferenceService.h>
 
-#include <QDir>
 #include <QIntValidator>
 
 namespace {
@@ -162,10 +161,8 @@ void koReferencePreferencesGUII::updateEnabledStates()
 
 void koReferencePreferencesGUII::selectStoreLocation()
 {
-    const QString current = m_smartReferenceStoreLocation->text();
-    const QString start = QDir(current).exists() ? current : QString();
-    const QString folder = koFileDialog::getExistingDirectory(this, tr("Custom Smart Reference Store"), start,
-                                                              QFileDialog::ShowDirsOnly);
+    const QString folder = koFileDialog::getExistingDirectoryForField(this, tr("Custom Smart Reference Store"),
+                                                                      m_smartReferenceStoreLocation->text());
     if (!folder.isEmpty())
         m_smartReferenceStoreLocation->setText(folder);
 }

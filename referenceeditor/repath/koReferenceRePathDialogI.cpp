@@ -5,7 +5,6 @@
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPlatformService.h>
 
-#include <QDir>
 
 koReferenceRePathDialogI::koReferenceRePathDialogI(QWidget* parent)
     : QDialog(parent)
@@ -39,9 +38,7 @@ bool koReferenceRePathDialogI::searchSubdirectories() const
 
 void koReferenceRePathDialogI::selectNewPath()
 {
-    const QString typed = m_newPath->text();
-    const QString start = QDir(typed).exists() ? typed : QString();
-    const QString folder = koFileDialog::getExistingDirectory(this, tr("Repath"), start, QFileDialog::ShowDirsOnly);
+    const QString folder = koFileDialog::getExistingDirectoryForField(this, tr("Repath"), m_newPath->text());
     if (!folder.isEmpty())
         m_newPath->setText(folder);
 }

@@ -41,6 +41,9 @@ public:
     static QString getExistingDirectory(QWidget* parent = nullptr, const QString& caption = QString(),
                                         const QString& dir = QString(),
                                         QFileDialog::Options options = QFileDialog::ShowDirsOnly);
+    // Asks for a folder for a path field: starts in the folder typed there when it
+    // exists, else where the dialog would start on its own.
+    static QString getExistingDirectoryForField(QWidget* parent, const QString& caption, const QString& typed);
 
     // Installs the handler (an empty one brings the dialogs back) and returns the one
     // it replaces.

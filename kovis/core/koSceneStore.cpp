@@ -88,38 +88,35 @@ QVector<quint64> koSceneStore::instances(quint64 shareKey) const
     return result;
 }
 
-QVector<quint64> koSceneStore::referencesBelow(quint64 id) const
+void koSceneStore::visitSubtree(quint64 id, const std::function<void(const koNodeRecord&)>& visit) const
 {
-    QVector<quint64> result;
     QVector<const koNodeRecord*> stack;
     if (const koNodeRecord* start = node(id))
         stack.append(start);
     while (!stack.isEmpty()) {
         const koNodeRecord* record = stack.takeLast();
-        if (record->isReference())
-            result.append(record->id);
+        visit(*record);
         for (auto child = record->children.crbegin(); child != record->children.crend(); ++child) {
             if (const koNodeRecord* childRecord = node(*child))
                 stack.append(childRecord);
         }
     }
+}
+
+QVector<quint64> koSceneStore::referencesBelow(quint64 id) const
+{
+    QVector<quint64> result;
+    visitSubtree(id, [&result](const koNodeRecord& record) {
+        if (record.isReference())
+            result.append(record.id);
+    });
     return result;
 }
 
 QVector<koNodeRecord> koSceneStore::subtree(quint64 id) const
 {
     QVector<koNodeRecord> result;
-    QVector<const koNodeRecord*> stack;
-    if (const koNodeRecord* start = node(id))
-        stack.append(start);
-    while (!stack.isEmpty()) {
-        const koNodeRecord* record = stack.takeLast();
-        result.append(*record);
-        for (auto child = record->children.crbegin(); child != record->children.crend(); ++child) {
-            if (const koNodeRecord* childRecord = node(*child))
-                stack.append(childRecord);
-        }
-    }
+    visitSubtree(id, [&result](const koNodeRecord& record) { result.append(record); });
     return result;
 }
 

@@ -95,6 +95,8 @@ private:
                        int delta);
     void addChange(quint64 shareKey, int delta);
 
+    // Visits the node and everything below it, parents before children, in child order.
+    void visitSubtree(quint64 id, const std::function<void(const koNodeRecord&)>& visit) const;
     void indexClone(const koNodeRecord& node);
     void unindexClone(const koNodeRecord& node);
 

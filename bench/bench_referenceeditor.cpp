@@ -162,8 +162,6 @@ void repaintViews(koReferenceEditorModule& window)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     koTestHost host;
     // --parts N puts N parts in each sub-assembly (100 by default), for profiling.

@@ -198,14 +198,14 @@ int main(int argc, char** argv)
         printRatio("reloadModel", reload, baseline);
     }
 
-    window.m_treeView->expandAll();
+    window.expandAllRows();
     settle();
     const QStringList patterns{".17", ".23", ".42", ".58", ".71", ".86", ".93"};
     int next = 0;
     const auto typeKeystroke = [&] {
         window.filterModel()->setSearchText(QRegExp(patterns.at(next++ % patterns.size()), Qt::CaseInsensitive,
                                                     QRegExp::FixedString));
-        window.m_treeView->expandAll();
+        window.expandAllRows();
         repaintViews(window);
     };
     print("search keystroke (1% of rows match, all expanded)", medianMs(typeKeystroke));
@@ -213,6 +213,20 @@ int main(int argc, char** argv)
     // the view to every match.
     print("search box keystroke (1% of rows match)", medianMs([&] {
               window.m_searchBox->setText(patterns.at(next++ % patterns.size()));
+              repaintViews(window);
+          }));
+    // A search that every part matches opens every row of the three views.
+    print("search keystroke (every part matches)", medianMs([&] {
+              window.m_searchBox->setText(next++ % 2 ? QStringLiteral("part") : QStringLiteral("PART"));
+              repaintViews(window);
+          }));
+    window.m_searchBox->clear();
+    settle();
+    // The depth slider opens every level of the graph, then closes all but the first.
+    print("depth slider to the bottom and back", medianMs([&] {
+              window.m_treeSlider->setValue(window.m_treeSlider->maximum());
+              repaintViews(window);
+              window.m_treeSlider->setValue(1);
               repaintViews(window);
           }));
     // Rows make their texts on first use after a reload; the first keystroke pays for it.

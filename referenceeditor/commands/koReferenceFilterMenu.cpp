@@ -134,7 +134,7 @@ void koReferenceFilterMenu::applyFilterToView()
 {
     if (m_module->filterModel()->isFilterEmpty())
         return;
-    m_module->m_treeView->expandAll();
+    m_module->expandAllRows();
     pruneSelection();
 }
 

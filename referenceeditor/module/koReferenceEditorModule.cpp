@@ -384,9 +384,25 @@ bool koReferenceEditorModule::isFlatList() const
 
 void koReferenceEditorModule::expandToSliderDepth(int value)
 {
-    m_treeView->collapseAll();
-    if (value >= 1)
-        m_treeView->expandToDepth(value - 1);
+    changeEveryViewAtOnce([value](QTreeView* view) {
+        view->collapseAll();
+        if (value >= 1)
+            view->expandToDepth(value - 1);
+    });
+}
+
+void koReferenceEditorModule::expandAllRows()
+{
+    changeEveryViewAtOnce([](QTreeView* view) { view->expandAll(); });
+}
+
+void koReferenceEditorModule::changeEveryViewAtOnce(const std::function<void(QTreeView*)>& change)
+{
+    // The side columns follow the graph row by row otherwise, and lay themselves out
+    // once per row: seconds on a large scene.
+    const QSignalBlocker rowByRow(m_treeView);
+    for (QTreeView* view : {m_treeView, m_smartColumns, m_sourceColumns})
+        change(view);
 }
 
 void koReferenceEditorModule::updateNodeItem(const kodNode& node)

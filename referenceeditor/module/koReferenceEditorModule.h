@@ -7,6 +7,7 @@
 
 #include <QMainWindow>
 
+#include <functional>
 #include <memory>
 
 class koNodeBasedSelectionModel;
@@ -50,6 +51,8 @@ public:
     // Selects each reference with everything below it; the last one's subtree stays.
     void selectSubtree(const QList<kodReferenceNode>& references);
     void expandToSliderDepth(int value);
+    // Expands every row of the graph, in the side columns too.
+    void expandAllRows();
     // Enables the actions that the selected references allow.
     void updateActions();
     void showContextMenu(QAbstractItemView* view, const QPoint& pos);
@@ -88,6 +91,7 @@ private:
     void setUpSideHeader(QTreeView* view);
     void setUpView(QTreeView* view);
     void showColumns(QTreeView* view, std::initializer_list<int> columns, bool hideable);
+    void changeEveryViewAtOnce(const std::function<void(QTreeView*)>& change);
     void setUpListMode();
     void buildActions();
     void registerModule();

@@ -29,6 +29,8 @@ private slots:
     void selectSubtreeLeavesTheLastSubtree();
     void sliderRangeFollowsTheGraphDepth_data();
     void sliderRangeFollowsTheGraphDepth();
+    void sliderExpandsEveryViewToItsDepth_data();
+    void sliderExpandsEveryViewToItsDepth();
     void expandedRowsSurviveTheListView();
     void onlyNameChangesUpdateAnItem();
     void createdReferenceIsSelected();
@@ -63,6 +65,24 @@ QStringList names(const QList<kodNode>& nodes)
     QStringList result;
     for (const kodNode& node : nodes)
         result.append(node.getName());
+    return result;
+}
+
+// The names of the expanded rows with children in a view, sorted.
+QStringList expandedNames(const QTreeView* view)
+{
+    QStringList result;
+    QList<QModelIndex> pending{QModelIndex()};
+    while (!pending.isEmpty()) {
+        const QModelIndex parent = pending.takeLast();
+        for (int row = 0; row < view->model()->rowCount(parent); ++row) {
+            const QModelIndex index = view->model()->index(row, 0, parent);
+            if (view->isExpanded(index) && view->model()->hasChildren(index))
+                result.append(index.data(Qt::UserRole).value<kodNode>().getName());
+            pending.append(index);
+        }
+    }
+    result.sort();
     return result;
 }
 
@@ -196,6 +216,33 @@ void tst_koReferenceEditorModule::sliderRangeFollowsTheGraphDepth()
     settle();
     QCOMPARE(m_module->m_treeSlider->minimum(), 0);
     QCOMPARE(m_module->m_treeSlider->maximum(), maximum);
+}
+
+void tst_koReferenceEditorModule::sliderExpandsEveryViewToItsDepth_data()
+{
+    QTest::addColumn<int>("depth");
+    QTest::addColumn<QStringList>("expanded");
+
+    QTest::newRow("0: all collapsed") << 0 << QStringList();
+    QTest::newRow("1: the project") << 1 << QStringList{"Bicycle"};
+    QTest::newRow("2: its references")
+        << 2 << QStringList{"Bicycle", "Drivetrain", "Frame", "Front Wheel", "Rear Wheel"};
+    QTest::newRow("3: everything")
+        << 3 << QStringList{"Bicycle", "Drivetrain", "Fork", "Frame", "Front Wheel", "Rear Wheel"};
+}
+
+void tst_koReferenceEditorModule::sliderExpandsEveryViewToItsDepth()
+{
+    QFETCH(int, depth);
+    QFETCH(QStringList, expanded);
+
+    m_module->show();
+    m_module->m_treeSlider->setValue(depth == 0 ? 1 : 0);
+    // Rows expanded by hand beyond the depth close as well.
+    m_module->expandAllRows();
+    m_module->m_treeSlider->setValue(depth);
+    for (const QTreeView* view : {m_module->m_treeView, m_module->m_smartColumns, m_module->m_sourceColumns})
+        QCOMPARE(expandedNames(view), expanded);
 }
 
 void tst_koReferenceEditorModule::expandedRowsSurviveTheListView()

@@ -1,6 +1,7 @@
 #include "koReferenceFilterModel.h"
 
 #include "koReferenceModelItem.h"
+#include "koReferenceTreeModel.h"
 
 #include <kovis/kodReferenceNode.h>
 
@@ -111,13 +112,23 @@ bool koReferenceFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& 
 
 bool koReferenceFilterModel::matchesSearch(int sourceRow, const QModelIndex& sourceParent) const
 {
+    // Reference rows hand their texts over directly: this runs for every row of the
+    // scene on each keystroke.
+    const auto* references = qobject_cast<const koReferenceTreeModel*>(sourceModel());
+    const koReferenceModelItem* item =
+        references ? references->referenceItem(references->index(sourceRow, 0, sourceParent)) : nullptr;
     for (int column : {koReferenceModelItem::NameColumn, koReferenceModelItem::SmartLocationColumn,
                        koReferenceModelItem::SourceLocationColumn}) {
-        const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
-        if (cell.isValid() && m_search.matches(cell.data(Qt::DisplayRole).toString()))
+        if (item ? m_search.matches(item->text(column)) : matchesCell(sourceRow, column, sourceParent))
             return true;
     }
     return false;
+}
+
+bool koReferenceFilterModel::matchesCell(int sourceRow, int column, const QModelIndex& sourceParent) const
+{
+    const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
+    return cell.isValid() && m_search.matches(cell.data(Qt::DisplayRole).toString());
 }
 
 bool koReferenceFilterModel::passesFlags(int sourceRow, const QModelIndex& sourceParent) const

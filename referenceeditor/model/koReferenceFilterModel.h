@@ -42,6 +42,7 @@ public:
 
 private:
     bool matchesSearch(int sourceRow, const QModelIndex& sourceParent) const;
+    bool matchesCell(int sourceRow, int column, const QModelIndex& sourceParent) const;
     bool passesFlags(int sourceRow, const QModelIndex& sourceParent) const;
     void refilter();
 

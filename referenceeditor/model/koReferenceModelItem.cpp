@@ -26,9 +26,9 @@ void koReferenceModelItem::reload()
     koNodeModelItem::reload();
 }
 
-QString koReferenceModelItem::label() const
+QString koReferenceModelItem::text(int column) const
 {
-    return cachedText(NameColumn);
+    return column >= 0 && column < ColumnCount ? cachedText(column) : QString();
 }
 
 QString koReferenceModelItem::cachedText(int column) const

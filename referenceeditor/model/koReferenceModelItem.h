@@ -35,8 +35,9 @@ public:
     bool getDropEnabled() const override { return false; }
     QList<koModelItem*> createChildList() override;
 
-    // The reference's name with its file labels.
-    QString label() const;
+    // What the reference model shows in the column: in column 0 the reference's name
+    // with its file labels.
+    QString text(int column) const;
 
     // The nearest reference nodes below the node, in scene order.
     static QList<kodNode> referencesBelow(const kodNode& node);

@@ -38,6 +38,12 @@ kodReferenceNode koReferenceTreeModel::referenceOf(const koModelItem* item)
     return node.isTypeOf(kodReferenceNode::staticMetaObject) ? kodReferenceNode(node.getObjectId()) : kodReferenceNode();
 }
 
+const koReferenceModelItem* koReferenceTreeModel::referenceItem(const QModelIndex& index) const
+{
+    koModelItem* item = nullptr;
+    return tryGetItem(index, item) ? dynamic_cast<const koReferenceModelItem*>(item) : nullptr;
+}
+
 QVariant koReferenceTreeModel::data(const QModelIndex& index, int role) const
 {
     if (index.column() != 0 || (role != Qt::DisplayRole && role != Qt::ForegroundRole))
@@ -46,8 +52,8 @@ QVariant koReferenceTreeModel::data(const QModelIndex& index, int role) const
     if (!tryGetItem(index, item) || !item)
         return QVariant();
     if (role == Qt::DisplayRole) {
-        if (const auto* referenceItem = dynamic_cast<const koReferenceModelItem*>(item))
-            return referenceItem->label();
+        if (const auto* reference = dynamic_cast<const koReferenceModelItem*>(item))
+            return reference->text(0);
         return displayText(referenceOf(item));
     }
     const kodReferenceNode reference = referenceOf(item);

@@ -3,6 +3,8 @@
 #include <kovis/koItemModel.h>
 #include <kovis/kodReferenceNode.h>
 
+class koReferenceModelItem;
+
 // The reference view's model: column 0 joins a reference's name with the names and
 // states of its two files, and shows locked and hidden references in their colours.
 class koReferenceTreeModel : public koItemModel
@@ -19,6 +21,9 @@ public:
     static QStringList columnTitles();
     // "Engine [kpr | engine_v2.CATProduct]": the name and the coloured file labels.
     static QString displayText(const kodReferenceNode& reference);
+    // The reference row behind an index of this model, null for any other row. Its
+    // texts are the cells' display texts, without a variant for each.
+    const koReferenceModelItem* referenceItem(const QModelIndex& index) const;
 
 private:
     static kodReferenceNode referenceOf(const koModelItem* item);

@@ -1,6 +1,7 @@
 #include "koOsbFile.h"
 #include "koReferenceFilterModel.h"
 #include "koReferenceFlatModelItem.h"
+#include "koReferenceModelItem.h"
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 #include "koTestHost.h"
@@ -10,6 +11,7 @@
 #include <kovis/koReferenceService.h>
 
 #include <QAbstractItemModelTester>
+#include <QStandardItemModel>
 #include <QtTest>
 
 // Counts the rows the proxy looks at, to see that a filter change re-runs the filter.
@@ -34,6 +36,8 @@ private slots:
     void initTestCase();
     void filters_data();
     void filters();
+    void searchesTheSameColumnsOfAnyModel_data();
+    void searchesTheSameColumnsOfAnyModel();
     void turningOffAnAbsentKeyStillRefilters();
     void filterIsEmpty_data();
     void filterIsEmpty();
@@ -137,6 +141,29 @@ void tst_koReferenceFilterModel::filters()
     applyFlags(filter, flags);
     filter.setSearchText(::search(search));
     QCOMPARE(visibleNames(filter).join(QLatin1Char(' ')), expected);
+}
+
+void tst_koReferenceFilterModel::searchesTheSameColumnsOfAnyModel_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<bool>("found");
+
+    for (int column = 0; column < koReferenceModelItem::ColumnCount; ++column)
+        QTest::addRow("column %d", column) << column << (column == 0 || column == 5 || column == 9);
+}
+
+void tst_koReferenceFilterModel::searchesTheSameColumnsOfAnyModel()
+{
+    QFETCH(int, column);
+    QFETCH(bool, found);
+
+    QStandardItemModel plain(1, koReferenceModelItem::ColumnCount);
+    for (int cell = 0; cell < koReferenceModelItem::ColumnCount; ++cell)
+        plain.setItem(0, cell, new QStandardItem(QStringLiteral("text %1").arg(cell)));
+    koReferenceFilterModel filter;
+    filter.setSourceModel(&plain);
+    filter.setSearchText(search(QStringLiteral("text %1").arg(column)));
+    QCOMPARE(filter.rowCount(), found ? 1 : 0);
 }
 
 void tst_koReferenceFilterModel::turningOffAnAbsentKeyStillRefilters()

@@ -5,6 +5,7 @@
 #include "koSceneTreeModel.h"
 #include "koSceneTreeView.h"
 
+#include <kovis/koFileDialog.h>
 #include <kovis/koFileIOService.h>
 #include <kovis/koHost.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -15,7 +16,6 @@
 
 #include <QCloseEvent>
 #include <QDockWidget>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
@@ -175,9 +175,8 @@ bool koMainWindow::openProject(const QString& path)
 {
     if (fileIO()->loadProject(path))
         return true;
-    const auto entries = koKernelServiceFactory::the()->getServiceOrNull<koLogService>()->entries();
-    QMessageBox::critical(this, tr("Open Project"),
-                          tr("The project could not be opened.\n\n%1").arg(entries.isEmpty() ? QString() : entries.last().message));
+    const QString reason = koKernelServiceFactory::the()->getServiceOrNull<koLogService>()->lastMessage();
+    QMessageBox::critical(this, tr("Open Project"), tr("The project could not be opened.\n\n%1").arg(reason));
     return false;
 }
 
@@ -185,7 +184,7 @@ void koMainWindow::openProjectFromDialog()
 {
     if (!maybeSave())
         return;
-    const QString path = QFileDialog::getOpenFileName(this, tr("Open Project"), QFileInfo(fileIO()->getProjectPath()).path(),
+    const QString path = koFileDialog::getOpenFileName(this, tr("Open Project"), QFileInfo(fileIO()->getProjectPath()).path(),
                                                       fileIO()->getImportFileFilter(koFileIOService::ProjectFiles));
     if (!path.isEmpty())
         openProject(path);
@@ -203,7 +202,7 @@ bool koMainWindow::save()
 
 bool koMainWindow::saveAs()
 {
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save Project As"), fileIO()->getProjectPath(),
+    const QString path = koFileDialog::getSaveFileName(this, tr("Save Project As"), fileIO()->getProjectPath(),
                                                       fileIO()->getImportFileFilter(koFileIOService::ProjectFiles));
     if (path.isEmpty())
         return false;

@@ -8,14 +8,6 @@
 
 namespace {
 
-QString placeOf(const kodNode& node)
-{
-    QStringList names;
-    for (kodNode current = node.getParent(); current.isValid(); current = current.getParent())
-        names.prepend(current.getName());
-    return names.join(QLatin1Char('/'));
-}
-
 void describeFile(koNodeInfoDialog& dialog, const QString& kind, const QString& path, koReferenceTypes::FileState state,
                   const QDateTime& modified, const QString& owner)
 {
@@ -27,12 +19,20 @@ void describeFile(koNodeInfoDialog& dialog, const QString& kind, const QString& 
 
 } // namespace
 
+QString koNodeInformation::scenePath(const kodNode& node)
+{
+    QStringList names;
+    for (kodNode current = node; current.isValid(); current = current.getParent())
+        names.prepend(current.getName());
+    return names.join(QLatin1Char('/'));
+}
+
 void koNodeInformation::describe(const kodNode& node, koNodeInfoDialog& dialog)
 {
     if (!node.isValid())
         return;
     dialog.addSection(node.getName());
-    dialog.addInfo(tr("Place"), placeOf(node));
+    dialog.addInfo(tr("Place"), scenePath(node.getParent()));
     dialog.addInfo(tr("Children"), QString::number(node.getChildCount()));
     dialog.addInfo(tr("Visible"), node.isVisible() ? tr("Yes") : tr("No"));
     dialog.addInfo(tr("Locked"), node.isLocked() ? tr("Yes") : tr("No"));

@@ -13,4 +13,6 @@ class koNodeInformation
     Q_DECLARE_TR_FUNCTIONS(koNodeInformation)
 public:
     static void describe(const kodNode& node, koNodeInfoDialog& dialog);
+    // "Bicycle/Frame/Fork": the names from the scene root down to the node.
+    static QString scenePath(const kodNode& node);
 };

@@ -1,5 +1,6 @@
 #include "koReferenceReport.h"
 
+#include "koNodeInformation.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koFileStateText.h>
@@ -11,14 +12,6 @@
 #include <QFileInfo>
 
 namespace {
-
-QString placeOf(const kodNode& node)
-{
-    QStringList names;
-    for (kodNode current = node; current.isValid(); current = current.getParent())
-        names.prepend(current.getName());
-    return names.join(QLatin1Char('/'));
-}
 
 QString shownPath(const QString& path, const QDir& projectFolder)
 {
@@ -35,8 +28,7 @@ int koReferenceReport::run(const QString& project, bool check, QTextStream& out,
     auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
     auto* log = koKernelServiceFactory::the()->getServiceOrNull<koLogService>();
     if (!fileIO->loadProject(project)) {
-        const QString reason = log->entries().isEmpty() ? QString() : log->entries().last().message;
-        err << tr("Cannot open the project: %1").arg(reason) << '\n';
+        err << tr("Cannot open the project: %1").arg(log->lastMessage()) << '\n';
         return ProjectUnreadable;
     }
     QList<kodReferenceNode> references =
@@ -49,7 +41,7 @@ int koReferenceReport::run(const QString& project, bool check, QTextStream& out,
         const auto smartState = reference.getSmartFileState();
         const auto sourceState = reference.getSourceFileState();
         missing += (smartState == koReferenceTypes::Missing) + (sourceState == koReferenceTypes::Missing);
-        out << placeOf(reference) << '\t' << shownPath(reference.getSmartPath(), folder) << '\t'
+        out << koNodeInformation::scenePath(reference) << '\t' << shownPath(reference.getSmartPath(), folder) << '\t'
             << koFileStateText::state(smartState, QStringLiteral("-")) << '\t' << shownPath(reference.getSourcePath(), folder) << '\t'
             << koFileStateText::state(sourceState, QStringLiteral("-")) << '\n';
     }

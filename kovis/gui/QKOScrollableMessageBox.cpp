@@ -4,7 +4,6 @@
 #include <QLabel>
 #include <QScreen>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QStyle>
 
 QKOScrollableMessageBox::QKOScrollableMessageBox(QWidget* parent)

@@ -78,13 +78,13 @@ QSet<koModelItem*> koNodeModelItem::keepExistingChildren(QList<koModelItem*>& fr
     QHash<koItemId, koModelItem*> existing;
     existing.reserve(childCount());
     for (int row = 0; row < childCount(); ++row) {
-        const koItemId key = koItemId::of(child(row)->getId());
+        const koItemId key = koItemId::ofItem(*child(row));
         if (key.isValid() && !existing.contains(key))
             existing.insert(key, child(row));
     }
     QSet<koModelItem*> kept;
     for (koModelItem*& item : fresh) {
-        if (koModelItem* existingItem = existing.take(koItemId::of(item->getId()))) {
+        if (koModelItem* existingItem = existing.take(koItemId::ofItem(*item))) {
             delete item;
             item = existingItem;
             kept.insert(item);

@@ -28,6 +28,8 @@ public:
 
     // The latest entries, oldest first; the log keeps a bounded number of them.
     QList<Entry> entries() const { return m_entries; }
+    // The latest message, empty when the log is.
+    QString lastMessage() const { return m_entries.isEmpty() ? QString() : m_entries.last().message; }
     void clear() { m_entries.clear(); }
 
 signals:

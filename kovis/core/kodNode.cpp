@@ -192,15 +192,19 @@ QIcon kodNode::getIcon() const
     const koNodeRecord* node = recordOf(*this);
     if (!node)
         return QIcon();
+    // One icon per type, made once: views ask for it on every paint.
+    static const QIcon reference(QStringLiteral(":/kovis/icons/NodeReference.svg"));
+    static const QIcon geometry(QStringLiteral(":/kovis/icons/NodeGeometry.svg"));
+    static const QIcon group(QStringLiteral(":/kovis/icons/NodeGroup.svg"));
     switch (node->type) {
     case koNodeType::Reference:
-        return QIcon(QStringLiteral(":/kovis/icons/NodeReference.svg"));
+        return reference;
     case koNodeType::Geometry:
-        return QIcon(QStringLiteral(":/kovis/icons/NodeGeometry.svg"));
+        return geometry;
     case koNodeType::Group:
         break;
     }
-    return QIcon(QStringLiteral(":/kovis/icons/NodeGroup.svg"));
+    return group;
 }
 
 bool kodNode::read(const QJsonObject& json)

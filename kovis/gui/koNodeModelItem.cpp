@@ -15,17 +15,6 @@ QString tr(const char* text)
     return QCoreApplication::translate("koNodeModelItem", text);
 }
 
-// A node's icon depends only on its type; building it from its file on every paint
-// would parse the file each time.
-QIcon iconOf(const kodNode& node)
-{
-    static QHash<quint64, QIcon> icons;
-    auto icon = icons.find(node.getTypeId());
-    if (icon == icons.end())
-        icon = icons.insert(node.getTypeId(), node.getIcon());
-    return icon.value();
-}
-
 bool isAncestorOrSelf(const kodNode& candidate, kodNode node)
 {
     for (; !node.isNull(); node = node.getParent()) {
@@ -57,7 +46,7 @@ QVariant koNodeModelItem::data(int column, int role) const
         return getNode().getName();
     if (column == 0 && role == Qt::DecorationRole) {
         const kodNode node = getNode();
-        return node.isValid() ? iconOf(node) : QVariant();
+        return node.isValid() ? node.getIcon() : QVariant();
     }
     return koModelItem::data(column, role);
 }

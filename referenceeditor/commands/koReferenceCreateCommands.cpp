@@ -17,12 +17,6 @@
 
 namespace {
 
-template<class Service>
-Service* service()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<Service>();
-}
-
 bool isSmartFile(const QString& path)
 {
     return path.endsWith(QLatin1String(".kpr")) || path.endsWith(QLatin1String(".osb"));
@@ -32,9 +26,9 @@ bool isSmartFile(const QString& path)
 // converted into themselves.
 bool refusedAsSource(const QString& path)
 {
-    if (!service<koFileIOService>()->isProjectFile(path) && !path.endsWith(QLatin1String(".osb")))
+    if (!koService<koFileIOService>()->isProjectFile(path) && !path.endsWith(QLatin1String(".osb")))
         return false;
-    service<koLogService>()->logWarning(QStringLiteral("References"),
+    koService<koLogService>()->logWarning(QStringLiteral("References"),
                                         QStringLiteral("Kovis project or OSB files are not allowed as a source "
                                                        "reference."));
     return true;
@@ -62,7 +56,7 @@ void koReferenceCreateCommands::create(bool source, bool fromFile, const QList<k
     else if (fromFile)
         createSmartsFromFiles(parent);
     else
-        service<koReferenceService>()->createReference(parent);
+        koService<koReferenceService>()->createReference(parent);
 }
 
 void koReferenceCreateCommands::createSmartsFromFiles(const kodNode& parent)
@@ -73,7 +67,7 @@ void koReferenceCreateCommands::createSmartsFromFiles(const kodNode& parent)
     for (const QString& path : paths) {
         if (!isSmartFile(path))
             continue;
-        kodReferenceNode reference = service<koReferenceService>()->createReference(parent);
+        kodReferenceNode reference = koService<koReferenceService>()->createReference(parent);
         reference.setSmartPath(path);
         reference.loadSmartReference();
         reference.setName(nameOf(path));
@@ -147,7 +141,7 @@ void koReferenceCreateCommands::replaceSource(kodReferenceNode reference, const 
     if (confirmReplace(tr("Replace Source Reference"), question, reference) == DialogCanceled)
         return;
     reference.setSourcePath(path);
-    const QList<kodReferenceNode> imported = service<koReferenceService>()->importSourceReferences({reference});
+    const QList<kodReferenceNode> imported = koService<koReferenceService>()->importSourceReferences({reference});
     if (hadSmart && imported.size() == 1) {
         // The old smart file holds the old source's content; the new one waits for a save.
         kodReferenceNode converted = imported.first();
@@ -181,7 +175,7 @@ QString koReferenceCreateCommands::pickSourceFile()
 {
     const QString path = koFileDialog::getOpenFileName(
         &m_module, tr("Replace Source Reference"), m_module.m_sourceFile->text(),
-        service<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
+        koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
     if (path.isEmpty() || refusedAsSource(path))
         return QString();
     showPath(m_module.m_sourceFile, path);

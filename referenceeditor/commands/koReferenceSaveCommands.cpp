@@ -17,11 +17,6 @@
 
 namespace {
 
-koReferenceService* referenceService()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
-}
-
 bool isUnsaved(const kodReferenceNode& reference)
 {
     return reference.getSmartFileState() == koReferenceTypes::Unsaved;
@@ -38,7 +33,7 @@ QList<kodReferenceNode> unsavedReferences(const QList<kodReferenceNode>& referen
     QList<kodReferenceNode> unsaved;
     for (const kodReferenceNode& reference : references) {
         appendUnsaved(unsaved, reference);
-        for (const kodReferenceNode& sub : referenceService()->getSubReferences(reference))
+        for (const kodReferenceNode& sub : koService<koReferenceService>()->getSubReferences(reference))
             appendUnsaved(unsaved, sub);
     }
     return unsaved;
@@ -163,7 +158,7 @@ ReferenceDialogCode koReferenceSaveCommands::confirmModifiedSave(const QList<kod
 
 void koReferenceSaveCommands::saveAll()
 {
-    const QList<kodReferenceNode> references = referenceService()->getSceneReferences();
+    const QList<kodReferenceNode> references = koService<koReferenceService>()->getSceneReferences();
     if (!references.isEmpty())
         save(references);
 }

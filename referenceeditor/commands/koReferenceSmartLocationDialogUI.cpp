@@ -22,7 +22,7 @@ koReferenceSmartLocationDialogUI::koReferenceSmartLocationDialogUI(QWidget* pare
     connect(buttonBox, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttonBox, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
-    const auto* references = koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+    const auto* references = koService<koReferenceService>();
     m_location->setCurrentIndex(references->getSmartReferenceStoreMode() != 0 ? koReferenceTypes::CustomFolder
                                                                               : koReferenceTypes::NextToSourceFile);
     m_customPath->setText(references->getSmartReferenceStoreLocation());
@@ -30,7 +30,7 @@ koReferenceSmartLocationDialogUI::koReferenceSmartLocationDialogUI(QWidget* pare
 
 void koReferenceSmartLocationDialogUI::setUpChooseFolderButton()
 {
-    const auto* platform = koKernelServiceFactory::the()->getServiceOrNull<koPlatformService>();
+    const auto* platform = koService<koPlatformService>();
     m_chooseFolder->setIconSize(QSize(platform->getIconWidth(), platform->getIconHeight()));
     m_chooseFolder->setIcon(koIconManager::getIcon(QStringLiteral("FileOpen"), QString()));
     const QSize size(qRound(24 * platform->getUiScaleFactorX()), qRound(24 * platform->getUiScaleFactorY()));

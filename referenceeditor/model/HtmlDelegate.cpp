@@ -5,7 +5,6 @@
 #include <QPainter>
 #include <QTextDocument>
 
-
 namespace {
 
 void prepareDocument(QTextDocument& document, const QStyleOptionViewItem& option, const QString& html)

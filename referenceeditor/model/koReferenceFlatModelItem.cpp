@@ -18,7 +18,7 @@ QVariant koReferenceFlatModelItem::getId() const
 QList<koModelItem*> koReferenceFlatModelItem::createChildList()
 {
     const QList<kodReferenceNode> references =
-        koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->getSceneReferences();
+        koService<koReferenceService>()->getSceneReferences();
     QList<koModelItem*> children;
     children.reserve(references.size());
     for (const kodReferenceNode& reference : references)

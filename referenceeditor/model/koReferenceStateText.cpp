@@ -47,7 +47,7 @@ QString koReferenceStateText::colored(const QString& label, koReferenceTypes::Fi
 bool koReferenceStateText::coloringEnabled()
 {
     static const bool enabled = [] {
-        const auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+        const auto* preferences = koService<koPreferencesService>();
         return !preferences || preferences->getBoolValue(QStringLiteral("Colored State Texts"), true);
     }();
     return enabled;

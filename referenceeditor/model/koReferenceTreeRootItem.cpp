@@ -17,7 +17,7 @@ QVariant koReferenceTreeRootItem::getId() const
 
 QList<koModelItem*> koReferenceTreeRootItem::createChildList()
 {
-    const kodNode sceneRoot = koKernelServiceFactory::the()->getServiceOrNull<koNodeService>()->getRootNode();
+    const kodNode sceneRoot = koService<koNodeService>()->getRootNode();
     if (!sceneRoot.isValid())
         return {};
     return {new koReferenceModelItem(sceneRoot, true, this)};

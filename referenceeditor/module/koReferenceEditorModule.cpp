@@ -33,12 +33,6 @@
 
 namespace {
 
-template<class Service>
-Service* service()
-{
-    return koKernelServiceFactory::the()->getServiceOrNull<Service>();
-}
-
 constexpr int columnCount = koReferenceModelItem::ColumnCount;
 
 } // namespace
@@ -95,22 +89,22 @@ void koReferenceEditorModule::setUpModel()
 
 void koReferenceEditorModule::connectSceneNotifications()
 {
-    connect(service<koReferenceService>(), &koReferenceService::sceneSelectionChanged, this,
+    connect(koService<koReferenceService>(), &koReferenceService::sceneSelectionChanged, this,
             &koReferenceEditorModule::onSceneSelectionChanged);
-    connect(service<koNodeService>(), &koNodeService::nameChanged, this,
+    connect(koService<koNodeService>(), &koNodeService::nameChanged, this,
             [this](unsigned id, const QString&) { updateNodeItem(kodReferenceNode(id)); });
-    connect(service<koObjectService>(), &koObjectService::propertyChanged, this,
+    connect(koService<koObjectService>(), &koObjectService::propertyChanged, this,
             [this](const kodObject& object, const QByteArray& property) {
                 if (property != "name")
                     return;
                 updateNodeItem(kodNode(object.getObjectId()));
-                service<koTreeService>()->refresh(false);
+                koService<koTreeService>()->refresh(false);
             });
 }
 
 void koReferenceEditorModule::setUpViews()
 {
-    const auto* platform = service<koPlatformService>();
+    const auto* platform = koService<koPlatformService>();
     m_treeView->setIconSize(QSize(platform->getIconWidth(), platform->getIconHeight()));
     for (QTreeView* view : {m_treeView, m_smartColumns, m_sourceColumns})
         view->setAlternatingRowColors(true);
@@ -212,13 +206,13 @@ void koReferenceEditorModule::buildActions()
 void koReferenceEditorModule::registerModule()
 {
     const QIcon icon = koIconManager::getIcon(QStringLiteral("ModuleReferenceEditor"), QString());
-    service<koMainWindowService>()->registerModule(QStringLiteral("Reference Editor"), QStringLiteral("Scene"), this,
+    koService<koMainWindowService>()->registerModule(QStringLiteral("Reference Editor"), QStringLiteral("Scene"), this,
                                                    QStringLiteral("Toolclip_Assembly"), icon, tr("References"), false);
 }
 
 void koReferenceEditorModule::connectHost()
 {
-    auto* references = service<koReferenceService>();
+    auto* references = koService<koReferenceService>();
     connect(references, &koReferenceService::updateMonitoringChanged, this, &koReferenceEditorModule::scheduleReload);
     connect(references, &koReferenceService::referencesChanged, this, &koReferenceEditorModule::scheduleReload);
     connectSmartPathsUpdate();
@@ -227,7 +221,7 @@ void koReferenceEditorModule::connectHost()
     connectSaveRequests();
     connectReplaceRequests();
     m_commands->connectHostRequests();
-    auto* fileIO = service<koFileIOService>();
+    auto* fileIO = koService<koFileIOService>();
     connect(fileIO, &koFileIOService::projectLoad, this, [this] { m_projectLoading = true; });
     connect(fileIO, &koFileIOService::projectLoadFinished, this, [this] {
         m_projectLoading = false;
@@ -237,7 +231,7 @@ void koReferenceEditorModule::connectHost()
 
 void koReferenceEditorModule::connectRepathRequests()
 {
-    auto* ui = service<koInternalUiService>();
+    auto* ui = koService<koInternalUiService>();
     connect(ui, &koInternalUiService::requestUiRepathReferences, this,
             [this](const QList<kodReferenceNode>& nodes) { repathReferences(nodes, true, true); });
     connect(ui, &koInternalUiService::requestUiRepathSmarts, this,
@@ -249,23 +243,23 @@ void koReferenceEditorModule::connectRepathRequests()
 void koReferenceEditorModule::connectSmartPathsUpdate()
 {
     // The host asks for the file it is about to write itself: no new smart file may take it.
-    connect(service<koInternalUiService>(), &koInternalUiService::requestUiSmartPathsUpdate, this,
+    connect(koService<koInternalUiService>(), &koInternalUiService::requestUiSmartPathsUpdate, this,
             [this](const kodNode& node, const QString& path, bool& result) {
-                const QList<kodReferenceNode> references = service<koReferenceService>()->getReferences(node);
+                const QList<kodReferenceNode> references = koService<koReferenceService>()->getReferences(node);
                 result = updateUnsavedSmartPaths(references, path, true) == DialogAccepted;
             });
 }
 
 void koReferenceEditorModule::connectSaveRequests()
 {
-    auto* ui = service<koInternalUiService>();
+    auto* ui = koService<koInternalUiService>();
     connect(ui, &koInternalUiService::requestUiSaveSmarts, this, &koReferenceEditorModule::saveSmartChanges);
     connect(ui, &koInternalUiService::requestUiSaveSmartsAs, this, &koReferenceEditorModule::saveSmartAs);
 }
 
 void koReferenceEditorModule::connectReplaceRequests()
 {
-    auto* ui = service<koInternalUiService>();
+    auto* ui = koService<koInternalUiService>();
     connect(ui, &koInternalUiService::requestUiReplaceSmart, this,
             [this](const kodReferenceNode& reference) { replaceSmart(reference, QString()); });
     connect(ui, &koInternalUiService::requestUiReplaceSource, this,

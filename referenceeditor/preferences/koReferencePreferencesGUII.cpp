@@ -57,7 +57,7 @@ koReferencePreferencesGUII::koReferencePreferencesGUII(QWidget* parent)
 
 void koReferencePreferencesGUII::setUpStoreLocationButton()
 {
-    const auto* platform = koKernelServiceFactory::the()->getServiceOrNull<koPlatformService>();
+    const auto* platform = koService<koPlatformService>();
     const QSize iconSize(platform->getIconWidth(), platform->getIconHeight());
     m_selectStoreLocation->setIcon(koIconManager::getIcon(QStringLiteral("FileOpen"), QString()));
     m_selectStoreLocation->setIconSize(iconSize);
@@ -97,7 +97,7 @@ void koReferencePreferencesGUII::initDefaults(bool markChanged)
 
 void koReferencePreferencesGUII::applyChanges()
 {
-    koReferenceService* references = koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>();
+    koReferenceService* references = koService<koReferenceService>();
     const auto pushBool = [&](const QString& key, void (koReferenceService::*set)(bool)) {
         if (isChanged(key))
             (references->*set)(getBoolValue(key, false));
@@ -133,7 +133,7 @@ void koReferencePreferencesGUII::loadValues()
 
 void koReferencePreferencesGUII::saveValues()
 {
-    koPreferencesService* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+    koPreferencesService* preferences = koService<koPreferencesService>();
     preferences->setBoolValue(monitoringEnabledKey, m_changeNotificationEnabled->isChecked(), true);
     preferences->setBoolValue(convertWarningKey, m_showConvertToSmartWarning->isChecked(), true);
     preferences->setIntValue(notificationModeKey, currentValue(m_changeNotificationMode), true);

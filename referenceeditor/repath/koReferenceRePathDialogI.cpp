@@ -5,12 +5,11 @@
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPlatformService.h>
 
-
 koReferenceRePathDialogI::koReferenceRePathDialogI(QWidget* parent)
     : QDialog(parent)
 {
     setupUi(this);
-    const auto* platform = koKernelServiceFactory::the()->getServiceOrNull<koPlatformService>();
+    const auto* platform = koService<koPlatformService>();
     const QSize iconSize(platform->getIconWidth(), platform->getIconHeight());
     m_newPathButton->setIcon(koIconManager::getIcon(QStringLiteral("FileOpen"), QString()));
     m_newPathButton->setIconSize(iconSize);

@@ -1,7 +1,7 @@
 #include "koPluginLoader.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koMainWindowService.h>
 
@@ -29,7 +29,7 @@ void tst_koPluginLoader::loadsGoodPluginsAndSkipsBrokenOnes()
     QVERIFY(QFile::copy(QStringLiteral(NO_ENTRY_PLUGIN), folder + QStringLiteral("/libnoentry.so")));
     m_host.writeFile(QStringLiteral("plugins/libgarbage.so"), "not a library");
     m_host.writeFile(QStringLiteral("plugins/readme.txt"), "not a plug-in either");
-    auto* modules = testService<koMainWindowService>();
+    auto* modules = koService<koMainWindowService>();
     const int before = modules->modules().size();
 
     koPluginLoader loader;
@@ -47,7 +47,7 @@ void tst_koPluginLoader::loadsGoodPluginsAndSkipsBrokenOnes()
     QCOMPARE(modules->modules().size(), before + 2);
     QCOMPARE(modules->modules().at(before).title, QStringLiteral("Probe"));
     QCOMPARE(modules->modules().at(before + 1).title, QStringLiteral("Probe Preferences"));
-    const auto log = testService<koLogService>()->entries();
+    const auto log = koService<koLogService>()->entries();
     QCOMPARE(std::count_if(log.cbegin(), log.cend(), [](const auto& e) { return e.category == "Plug-ins"; }), 2);
 }
 

@@ -1,7 +1,7 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koReferenceService.h>
 
@@ -43,9 +43,9 @@ int depthBelowRoot(const kodReferenceNode& reference)
 
 void tst_koDemoProject::initTestCase()
 {
-    auto* fileIO = testService<koFileIOService>();
+    auto* fileIO = koService<koFileIOService>();
     QVERIFY(fileIO->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
-    m_references = testService<koReferenceService>()->getSceneReferences();
+    m_references = koService<koReferenceService>()->getSceneReferences();
     m_references.removeFirst();
 }
 

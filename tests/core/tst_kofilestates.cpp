@@ -1,7 +1,7 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 
 #include <QFile>
@@ -95,10 +95,10 @@ void tst_koFileStates::states()
 
     if (setup == "smart touched" || setup == "unloaded smart touched") {
         koTestHost::setModified(smartFile, past.addSecs(60));
-        testService<koReferenceService>()->checkFiles();
+        koService<koReferenceService>()->checkFiles();
     }
     if (setup.startsWith("converted"))
-        testService<koReferenceService>()->convertToSmartReference(reference);
+        koService<koReferenceService>()->convertToSmartReference(reference);
     if (setup == "converted with path")
         reference.setSmartPath(smartFile);
 
@@ -114,7 +114,7 @@ void tst_koFileStates::queriesReadTheCacheUntilFilesAreChecked()
 
     QVERIFY(QFile::remove(smartFile));
     QCOMPARE(reference.getSmartFileState(), koReferenceTypes::UpToDate);
-    testService<koReferenceService>()->checkFiles();
+    koService<koReferenceService>()->checkFiles();
     QCOMPARE(reference.getSmartFileState(), koReferenceTypes::Missing);
 }
 
@@ -126,15 +126,15 @@ void tst_koFileStates::monitoringAnnouncesEachChangeOnce()
     const QString project = m_host.writeProject(
         QStringLiteral("project.kpr"),
         {koTestHost::reference("A", QString(), "a.obj"), koTestHost::reference("B", QString(), "b.obj")});
-    QVERIFY(testService<koFileIOService>()->loadProject(project));
-    QSignalSpy changed(testService<koReferenceService>(), &koReferenceService::referencesChanged);
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
+    QSignalSpy changed(koService<koReferenceService>(), &koReferenceService::referencesChanged);
 
-    testService<koReferenceService>()->checkFiles();
+    koService<koReferenceService>()->checkFiles();
     QCOMPARE(changed.count(), 0);
 
     koTestHost::setModified(sourceFile, past.addSecs(10));
-    testService<koReferenceService>()->checkFiles();
-    testService<koReferenceService>()->checkFiles();
+    koService<koReferenceService>()->checkFiles();
+    koService<koReferenceService>()->checkFiles();
     QCOMPARE(changed.count(), 1);
     const auto announced = changed.at(0).at(0).value<QList<kodReferenceNode>>();
     QCOMPARE(announced.size(), 1);
@@ -146,21 +146,21 @@ void tst_koFileStates::monitoringRunsAtItsInterval()
 {
     const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
-    QSignalSpy monitoring(testService<koReferenceService>(), &koReferenceService::updateMonitoringChanged);
-    QSignalSpy changed(testService<koReferenceService>(), &koReferenceService::referencesChanged);
+    QSignalSpy monitoring(koService<koReferenceService>(), &koReferenceService::updateMonitoringChanged);
+    QSignalSpy changed(koService<koReferenceService>(), &koReferenceService::referencesChanged);
 
-    testService<koReferenceService>()->setChangeMonitoringEnabled(false);
-    testService<koReferenceService>()->setUpdateMonitoringInterval(10);
+    koService<koReferenceService>()->setChangeMonitoringEnabled(false);
+    koService<koReferenceService>()->setUpdateMonitoringInterval(10);
     QCOMPARE(monitoring.count(), 1);
     QCOMPARE(monitoring.at(0).at(0).toBool(), false);
     QFile::remove(sourceFile);
     QTest::qWait(50);
     QCOMPARE(changed.count(), 0);
 
-    testService<koReferenceService>()->setChangeMonitoringEnabled(true);
+    koService<koReferenceService>()->setChangeMonitoringEnabled(true);
     QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
-    testService<koReferenceService>()->loadPreferences();
+    koService<koReferenceService>()->loadPreferences();
 }
 
 void tst_koFileStates::monitoringFollowsChangedLinks()
@@ -168,12 +168,12 @@ void tst_koFileStates::monitoringFollowsChangedLinks()
     m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
     const QString moved = m_host.writeFile(QStringLiteral("moved/a.obj"), "v 0 0 0\n");
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
-    testService<koReferenceService>()->checkFiles();
+    koService<koReferenceService>()->checkFiles();
     reference.setSourcePath(moved);
-    QSignalSpy changed(testService<koReferenceService>(), &koReferenceService::referencesChanged);
+    QSignalSpy changed(koService<koReferenceService>(), &koReferenceService::referencesChanged);
 
     QVERIFY(QFile::remove(moved));
-    testService<koReferenceService>()->checkFiles();
+    koService<koReferenceService>()->checkFiles();
     QCOMPARE(changed.count(), 1);
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
 }

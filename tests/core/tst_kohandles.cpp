@@ -1,5 +1,4 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -46,11 +45,11 @@ void tst_koHandles::typeTests()
 
     kodNode node;
     if (kind == "group")
-        node = testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("G"));
+        node = koService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("G"));
     else if (kind == "geometry")
-        node = testService<koNodeService>()->createGeometryNode(kodNode(), QStringLiteral("M"));
+        node = koService<koNodeService>()->createGeometryNode(kodNode(), QStringLiteral("M"));
     else if (kind == "reference")
-        node = testService<koReferenceService>()->createReference(kodNode());
+        node = koService<koReferenceService>()->createReference(kodNode());
 
     QCOMPARE(node.isTypeOf(kodNode::staticMetaObject), isNode);
     QCOMPARE(node.isTypeOf(kodSceneObject::staticMetaObject), isNode);
@@ -60,7 +59,7 @@ void tst_koHandles::typeTests()
 
 void tst_koHandles::identityIsTheObjectId()
 {
-    const kodNode group = testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("G"));
+    const kodNode group = koService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("G"));
     const kodReferenceNode asReference(group.getObjectId());
     kodNode copy;
     copy = group;
@@ -69,15 +68,15 @@ void tst_koHandles::identityIsTheObjectId()
     QVERIFY(asReference == group);
     QCOMPARE(qHash(asReference), qHash(group));
     QCOMPARE(copy.getTypeId(), group.getTypeId());
-    QVERIFY(group != testService<koNodeService>()->getRootNode());
-    QSet<kodNode> set{group, copy, testService<koNodeService>()->getRootNode()};
+    QVERIFY(group != koService<koNodeService>()->getRootNode());
+    QSet<kodNode> set{group, copy, koService<koNodeService>()->getRootNode()};
     QCOMPARE(set.size(), 2);
     QVERIFY(kodReferenceNode(0).isNull());
 }
 
 void tst_koHandles::variantsCarryNodes()
 {
-    const kodReferenceNode reference = testService<koReferenceService>()->createReference(kodNode());
+    const kodReferenceNode reference = koService<koReferenceService>()->createReference(kodNode());
     const QVariant variant = QVariant::fromValue(kodNode(reference.getObjectId()));
 
     QCOMPARE(variant.typeName(), "kodNode");
@@ -100,10 +99,10 @@ void tst_koHandles::staleHandleIsHarmless()
 
     const QString part = m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
     kodReferenceNode stale = reference
-        ? testService<koReferenceService>()->createReference(kodNode())
-        : kodReferenceNode(testService<koNodeService>()->createGroupNode(kodNode(), "G").getObjectId());
+        ? koService<koReferenceService>()->createReference(kodNode())
+        : kodReferenceNode(koService<koNodeService>()->createGroupNode(kodNode(), "G").getObjectId());
     stale.setSmartPath(part);
-    testService<koNodeService>()->deleteNode(stale);
+    koService<koNodeService>()->deleteNode(stale);
 
     QVERIFY(!stale.isNull());
     QVERIFY(!stale.isValid());
@@ -112,7 +111,7 @@ void tst_koHandles::staleHandleIsHarmless()
     QCOMPARE(stale.getChildCount(), 0u);
     QVERIFY(stale.getChildren().isEmpty());
     QVERIFY(stale.getChild(0).isNull());
-    QCOMPARE(stale.getChildIndex(testService<koNodeService>()->getRootNode()), -1);
+    QCOMPARE(stale.getChildIndex(koService<koNodeService>()->getRootNode()), -1);
     QVERIFY(!stale.isVisible());
     QVERIFY(!stale.isLocked());
     QVERIFY(stale.getSharedNodes().isEmpty());
@@ -133,8 +132,8 @@ void tst_koHandles::staleHandleIsHarmless()
     stale.setName(QStringLiteral("X"));
     stale.setVisibilityFlag(false);
     stale.setUserLocked(true);
-    stale.addChild(testService<koNodeService>()->getRootNode());
-    testService<koNodeService>()->getRootNode().addChild(stale);
+    stale.addChild(koService<koNodeService>()->getRootNode());
+    koService<koNodeService>()->getRootNode().addChild(stale);
     stale.clearChildren();
     stale.load();
     stale.unload();
@@ -146,16 +145,16 @@ void tst_koHandles::staleHandleIsHarmless()
     stale.setSourcePath(part);
     QVERIFY(!stale.saveSmartReference());
     QVERIFY(!stale.saveSmartReferenceAs(m_host.path("copy.kpr"), true));
-    testService<koReferenceService>()->removeReference(stale);
-    testService<koReferenceService>()->convertToSmartReference(stale);
-    testService<koReferenceService>()->importSourceReferences({stale});
+    koService<koReferenceService>()->removeReference(stale);
+    koService<koReferenceService>()->convertToSmartReference(stale);
+    koService<koReferenceService>()->importSourceReferences({stale});
     QCOMPARE(koTestHost::sceneSnapshot(), scene);
 }
 
 void tst_koHandles::lockAndVisibilityFollowAncestors()
 {
-    const kodNode outer = testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("Outer"));
-    const kodNode inner = testService<koNodeService>()->createGroupNode(outer, QStringLiteral("Inner"));
+    const kodNode outer = koService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("Outer"));
+    const kodNode inner = koService<koNodeService>()->createGroupNode(outer, QStringLiteral("Inner"));
     kodNode(outer).setUserLocked(true);
     kodNode(outer).setVisibilityFlag(false);
 

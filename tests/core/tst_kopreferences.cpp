@@ -1,6 +1,6 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesService.h>
 #include <kovis/koReferenceService.h>
 
@@ -72,8 +72,8 @@ void tst_koPreferences::changeTracking()
 
 void tst_koPreferences::appliedCategoryReachesTheReferenceService()
 {
-    auto* preferences = testService<koPreferencesService>();
-    auto* references = testService<koReferenceService>();
+    auto* preferences = koService<koPreferencesService>();
+    auto* references = koService<koReferenceService>();
     QSignalSpy applied(preferences, &koPreferencesService::categoryApplied);
     preferences->setIntValue(QStringLiteral("Reference Update Monitoring Interval"), 7, true);
     preferences->setBoolValue(QStringLiteral("Reference Show Convert to Smart Warning Enabled"), false, true);

@@ -1,7 +1,7 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koReferenceService.h>
 
@@ -35,7 +35,7 @@ namespace {
 
 QString lastLogMessage()
 {
-    const auto entries = testService<koLogService>()->entries();
+    const auto entries = koService<koLogService>()->entries();
     return entries.isEmpty() ? QString() : entries.last().message;
 }
 
@@ -86,9 +86,9 @@ void tst_koProjectFile::loadingIsAnnounced()
     QFETCH(bool, success);
 
     const QString file = m_host.writeFile(QStringLiteral("project.kpr"), content);
-    QSignalSpy started(testService<koFileIOService>(), &koFileIOService::projectLoad);
-    QSignalSpy finished(testService<koFileIOService>(), &koFileIOService::projectLoadFinished);
-    QCOMPARE(testService<koFileIOService>()->loadProject(file), success);
+    QSignalSpy started(koService<koFileIOService>(), &koFileIOService::projectLoad);
+    QSignalSpy finished(koService<koFileIOService>(), &koFileIOService::projectLoadFinished);
+    QCOMPARE(koService<koFileIOService>()->loadProject(file), success);
     QCOMPARE(started.count(), 1);
     QCOMPARE(started.at(0).at(0).toString(), file);
     QCOMPARE(finished.count(), 1);
@@ -144,13 +144,13 @@ void tst_koProjectFile::badProjectLoadsNothing()
     QFETCH(QString, message);
 
     const QString good = m_host.writeProject(QStringLiteral("good.kpr"), {koTestHost::group("Kept")});
-    QVERIFY(testService<koFileIOService>()->loadProject(good));
+    QVERIFY(koService<koFileIOService>()->loadProject(good));
     const QByteArray before = koTestHost::sceneSnapshot();
 
     const QString bad = m_host.writeFile(QStringLiteral("bad.kpr"), content);
-    QVERIFY(!testService<koFileIOService>()->loadProject(bad));
+    QVERIFY(!koService<koFileIOService>()->loadProject(bad));
     QCOMPARE(koTestHost::sceneSnapshot(), before);
-    QCOMPARE(testService<koFileIOService>()->getProjectPath(), good);
+    QCOMPARE(koService<koFileIOService>()->getProjectPath(), good);
     QVERIFY2(lastLogMessage().contains(message), qPrintable(lastLogMessage()));
     QVERIFY(lastLogMessage().contains(QDir::toNativeSeparators(bad)));
 }
@@ -169,8 +169,8 @@ void tst_koProjectFile::referenceIncludingItselfStaysUnloaded()
     const QString main = m_host.writeFile(QStringLiteral("main.kpr"), referenceTo("main", throughAnother ? "other.kpr" : "main.kpr"));
     m_host.writeFile(QStringLiteral("other.kpr"), referenceTo("other", "main.kpr"));
 
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
-    const QList<kodReferenceNode> all = testService<koReferenceService>()->getSceneReferences();
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
+    const QList<kodReferenceNode> all = koService<koReferenceService>()->getSceneReferences();
     const kodReferenceNode& cyclic = all.last();
     QCOMPARE(all.size(), throughAnother ? 3 : 2);
     QVERIFY(!cyclic.isLoaded());
@@ -184,13 +184,13 @@ void tst_koProjectFile::movedProjectFolderKeepsItsLinks()
     m_host.writeProject(QStringLiteral("project/parts/wheel.kpr"), {koTestHost::geometry("Rim")});
     const QString main = m_host.writeProject(
         QStringLiteral("project/main.kpr"), {koTestHost::reference("Wheel", "parts/wheel.kpr", "parts/wheel.obj")});
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
-    QVERIFY(testService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/saved.kpr"))));
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
+    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/saved.kpr"))));
 
     QVERIFY(QDir().rename(m_host.path(QStringLiteral("project")), m_host.path(QStringLiteral("moved"))));
-    QVERIFY(testService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("moved/saved.kpr"))));
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("moved/saved.kpr"))));
 
-    const kodReferenceNode wheel = testService<koReferenceService>()->getSceneReferences().at(1);
+    const kodReferenceNode wheel = koService<koReferenceService>()->getSceneReferences().at(1);
     QCOMPARE(wheel.getSmartPath(), m_host.path(QStringLiteral("moved/parts/wheel.kpr")));
     QCOMPARE(wheel.getSourcePath(), m_host.path(QStringLiteral("moved/parts/wheel.obj")));
     QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::UpToDate);
@@ -202,8 +202,8 @@ void tst_koProjectFile::pathsOutsideTheFolderStayAbsolute()
     const QString outside = m_host.writeFile(QStringLiteral("library/bolt.obj"), "v 0 0 0\n");
     const QString main = m_host.writeProject(QStringLiteral("project/main.kpr"),
                                              {koTestHost::reference("Bolt", QString(), outside)});
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
-    QVERIFY(testService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/copy.kpr"))));
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
+    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/copy.kpr"))));
 
     QFile saved(m_host.path(QStringLiteral("project/copy.kpr")));
     QVERIFY(saved.open(QIODevice::ReadOnly));
@@ -222,31 +222,31 @@ void tst_koProjectFile::savedProjectLoadsIntoTheSameScene()
     const QString main = m_host.writeProject(QStringLiteral("main.kpr"),
                                              {transformed, hidden, koTestHost::reference("Unloaded", QString(), "a.obj",
                                                                                          {{"loaded", false}})});
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
-    const QList<kodNode> top = testService<koReferenceService>()->getSceneReferences().first().getChildren();
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
+    const QList<kodNode> top = koService<koReferenceService>()->getSceneReferences().first().getChildren();
     QCOMPARE(top.first().getWorldTransform().column(3).x(), 5.0f);
 
-    QVERIFY(testService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("copy.kpr"))));
+    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("copy.kpr"))));
     const QString before = sceneWithoutIds();
-    QVERIFY(testService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("copy.kpr"))));
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("copy.kpr"))));
     QCOMPARE(sceneWithoutIds(), before);
 }
 
 void tst_koProjectFile::failedSaveKeepsFileAndScene()
 {
     const QString main = m_host.writeProject(QStringLiteral("main.kpr"), {koTestHost::group("A")});
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
-    testService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
+    koService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
     const QByteArray scene = koTestHost::sceneSnapshot();
     QFile original(main);
     QVERIFY(original.open(QIODevice::ReadOnly));
     const QByteArray onDisk = original.readAll();
 
     // A folder below a regular file cannot be written, not even by root.
-    QVERIFY(!testService<koFileIOService>()->saveProject(main + QStringLiteral("/inside.kpr")));
+    QVERIFY(!koService<koFileIOService>()->saveProject(main + QStringLiteral("/inside.kpr")));
     QVERIFY(lastLogMessage().contains(QStringLiteral("could not be written")));
     QCOMPARE(koTestHost::sceneSnapshot(), scene);
-    QCOMPARE(testService<koFileIOService>()->getProjectPath(), main);
+    QCOMPARE(koService<koFileIOService>()->getProjectPath(), main);
     QVERIFY(original.seek(0));
     QCOMPARE(original.readAll(), onDisk);
 }
@@ -254,13 +254,13 @@ void tst_koProjectFile::failedSaveKeepsFileAndScene()
 void tst_koProjectFile::saveLeavesNoTemporaryFiles()
 {
     const QString main = m_host.writeProject(QStringLiteral("folder/main.kpr"), {koTestHost::group("A")});
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
-    testService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
-    QVERIFY(testService<koFileIOService>()->saveProject());
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
+    koService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
+    QVERIFY(koService<koFileIOService>()->saveProject());
     QCOMPARE(filesIn(m_host.path(QStringLiteral("folder"))), QStringList{QStringLiteral("main.kpr")});
 
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
-    const kodReferenceNode loaded = testService<koReferenceService>()->getSceneReferences().first();
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
+    const kodReferenceNode loaded = koService<koReferenceService>()->getSceneReferences().first();
     QCOMPARE(loaded.getChild(0).getName(), QStringLiteral("B"));
 }
 

@@ -1,11 +1,11 @@
 #include "koOsbFile.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include "koReferenceEngine.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koHost.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koTreeService.h>
 
@@ -52,7 +52,7 @@ QString describeTree(const kodNode& node)
 QString loadStates()
 {
     QStringList states;
-    for (const kodReferenceNode& reference : testService<koReferenceService>()->getSceneReferences())
+    for (const kodReferenceNode& reference : koService<koReferenceService>()->getSceneReferences())
         states.append(reference.getName() + (reference.isLoaded() ? QStringLiteral("+") : QStringLiteral("-")));
     return states.join(QLatin1Char(' '));
 }
@@ -86,9 +86,9 @@ void tst_koReferenceLoading::subReferenceLoadModes()
                                              {koTestHost::reference("Assembly", "assembly.kpr", QString()),
                                               koTestHost::reference("Imported", QString(), "part.obj")});
 
-    testService<koReferenceService>()->setLoadSubReferencesMode(mode);
-    const bool loaded = testService<koFileIOService>()->loadProject(main);
-    testService<koReferenceService>()->setLoadSubReferencesMode(0);
+    koService<koReferenceService>()->setLoadSubReferencesMode(mode);
+    const bool loaded = koService<koFileIOService>()->loadProject(main);
+    koService<koReferenceService>()->setLoadSubReferencesMode(0);
     QVERIFY(loaded);
     QCOMPARE(loadStates(), expected);
 }
@@ -198,7 +198,7 @@ void tst_koReferenceLoading::unloadDropsContentAndChanges()
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
     reference.getChild(0).setName(QStringLiteral("Edited"));
     QVERIFY(reference.isChanged());
-    QVERIFY(testService<koReferenceService>()->getSceneReferences().first().isSubReferenceChanged());
+    QVERIFY(koService<koReferenceService>()->getSceneReferences().first().isSubReferenceChanged());
 
     reference.unload();
     QCOMPARE(reference.getState(), koReferenceTypes::Unloaded);
@@ -227,10 +227,10 @@ void tst_koReferenceLoading::sourceImportOnASmartReferenceIsAChange()
     m_host.writeFile(QStringLiteral("part.obj"), "o Body\nf 1 1 1\n");
     m_host.writeFile(QStringLiteral("other.obj"), "o Other\nf 1 1 1\n");
     kodReferenceNode smart = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", "part.obj"));
-    kodReferenceNode sourceOnly = testService<koReferenceService>()->createReference(kodNode());
+    kodReferenceNode sourceOnly = koService<koReferenceService>()->createReference(kodNode());
     sourceOnly.setSourcePath(m_host.path(QStringLiteral("other.obj")));
 
-    const auto imported = testService<koReferenceService>()->importSourceReferences({smart, sourceOnly});
+    const auto imported = koService<koReferenceService>()->importSourceReferences({smart, sourceOnly});
     QCOMPARE(imported.size(), 2);
     QVERIFY(smart.isChanged());
     QVERIFY(!sourceOnly.isChanged());
@@ -242,7 +242,7 @@ void tst_koReferenceLoading::clonesShareTheirReference()
 {
     m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
     kodReferenceNode original = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
-    const QList<kodNode> clones = testService<koTreeService>()->cloneNodes({original});
+    const QList<kodNode> clones = koService<koTreeService>()->cloneNodes({original});
     QCOMPARE(clones.size(), 1);
     kodReferenceNode clone(clones.first().getObjectId());
 
@@ -263,11 +263,11 @@ void tst_koReferenceLoading::clonesSurviveSavingAndLoading()
 {
     m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
     kodReferenceNode original = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
-    testService<koTreeService>()->cloneNodes({original});
-    QVERIFY(testService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("saved.kpr"))));
+    koService<koTreeService>()->cloneNodes({original});
+    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("saved.kpr"))));
 
-    QVERIFY(testService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("saved.kpr"))));
-    const QList<kodReferenceNode> all = testService<koReferenceService>()->getSceneReferences();
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("saved.kpr"))));
+    const QList<kodReferenceNode> all = koService<koReferenceService>()->getSceneReferences();
     QCOMPARE(all.size(), 3);
     QCOMPARE(all.at(1).getSharedNodes(), QList<kodNode>{all.at(2)});
     QCOMPARE(describeTree(all.at(2)), QStringLiteral("Part(Body)"));

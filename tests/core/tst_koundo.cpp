@@ -1,7 +1,7 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koScopedMultiCommand.h>
@@ -36,7 +36,7 @@ namespace {
 
 kodNode byName(const QString& name)
 {
-    QList<kodNode> pending{testService<koNodeService>()->getRootNode()};
+    QList<kodNode> pending{koService<koNodeService>()->getRootNode()};
     while (!pending.isEmpty()) {
         const kodNode node = pending.takeFirst();
         if (node.getName() == name)
@@ -63,7 +63,7 @@ void tst_koUndo::init()
         {koTestHost::group("Frame", {koTestHost::geometry("Beam")}),
          koTestHost::reference("Wheel", "wheel.kpr", "wheel.obj"),
          koTestHost::reference("Imported", QString(), "wheel.obj")});
-    QVERIFY(testService<koFileIOService>()->loadProject(main));
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
 }
 
 void tst_koUndo::undoRedoRestoresTheScene_data()
@@ -75,26 +75,26 @@ void tst_koUndo::undoRedoRestoresTheScene_data()
     QTest::newRow("hide") << SceneOperation([](auto) { byName("Frame").setVisibilityFlag(false); });
     QTest::newRow("lock") << SceneOperation([](auto) { referenceNamed("Wheel").setUserLocked(true); });
     QTest::newRow("create reference")
-        << SceneOperation([](auto) { testService<koReferenceService>()->createReference(byName("Frame")); });
+        << SceneOperation([](auto) { koService<koReferenceService>()->createReference(byName("Frame")); });
     QTest::newRow("remove reference")
-        << SceneOperation([](auto) { testService<koReferenceService>()->removeReference(referenceNamed("Wheel")); });
+        << SceneOperation([](auto) { koService<koReferenceService>()->removeReference(referenceNamed("Wheel")); });
     QTest::newRow("convert a group")
-        << SceneOperation([](auto) { testService<koReferenceService>()->convertToSmartReference(byName("Frame")); });
+        << SceneOperation([](auto) { koService<koReferenceService>()->convertToSmartReference(byName("Frame")); });
     QTest::newRow("convert a reference")
-        << SceneOperation([](auto) { testService<koReferenceService>()->convertToSmartReference(byName("Imported")); });
+        << SceneOperation([](auto) { koService<koReferenceService>()->convertToSmartReference(byName("Imported")); });
     QTest::newRow("repath smart") << SceneOperation([other](auto) { referenceNamed("Wheel").setSmartPath(other); });
     QTest::newRow("repath source") << SceneOperation([other](auto) { referenceNamed("Wheel").setSourcePath(other); });
     QTest::newRow("delete smart link") << SceneOperation([](auto) { referenceNamed("Wheel").removeSmartReference(); });
     QTest::newRow("delete source link") << SceneOperation([](auto) { referenceNamed("Wheel").removeSourceReference(); });
     QTest::newRow("clone")
-        << SceneOperation([](auto) { testService<koTreeService>()->cloneNodes({byName("Wheel"), byName("Frame")}); });
+        << SceneOperation([](auto) { koService<koTreeService>()->cloneNodes({byName("Wheel"), byName("Frame")}); });
     QTest::newRow("move") << SceneOperation([](auto) { byName("Frame").addChild(byName("Imported")); });
     QTest::newRow("clear children") << SceneOperation([](auto) { byName("Frame").clearChildren(); });
     QTest::newRow("reimport source of a smart reference")
-        << SceneOperation([](auto) { testService<koReferenceService>()->importSourceReferences({referenceNamed("Wheel")}); });
+        << SceneOperation([](auto) { koService<koReferenceService>()->importSourceReferences({referenceNamed("Wheel")}); });
     QTest::newRow("remove every reference") << SceneOperation([](const QList<kodReferenceNode>& all) {
         for (const kodReferenceNode& reference : all)
-            testService<koReferenceService>()->removeReference(reference);
+            koService<koReferenceService>()->removeReference(reference);
     });
 }
 
@@ -106,7 +106,7 @@ void tst_koUndo::undoRedoRestoresTheScene()
 
     {
         koScopedMultiCommand step(koUndoString("tst_koUndo", QStringLiteral("Operation")), true);
-        operation(testService<koReferenceService>()->getSceneReferences());
+        operation(koService<koReferenceService>()->getSceneReferences());
     }
     const QByteArray after = koTestHost::sceneSnapshot();
     QVERIFY(after != before);
@@ -126,7 +126,7 @@ void tst_koUndo::changesOutsideAScopeAreNotUndoable()
     byName("Beam").setName(QStringLiteral("Girder"));
     referenceNamed("Wheel").setSourcePath(m_host.path(QStringLiteral("other.obj")));
     QCOMPARE(koUndoStack::the()->count(), 0);
-    QVERIFY(testService<koReferenceService>()->getSceneReferences().first().isChanged());
+    QVERIFY(koService<koReferenceService>()->getSceneReferences().first().isChanged());
 }
 
 void tst_koUndo::emptyScopeLeavesNoStep()
@@ -164,7 +164,7 @@ void tst_koUndo::undoneRemovalRevivesHandles()
     const kodNode beam = byName("Beam");
     {
         koScopedUndo step(true);
-        testService<koNodeService>()->deleteNode(frame);
+        koService<koNodeService>()->deleteNode(frame);
     }
     QVERIFY(!frame.isValid());
     QVERIFY(!beam.isValid());

@@ -1,9 +1,9 @@
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koFileReferenceGUIUtils.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koScopedUndo.h>
@@ -43,10 +43,10 @@ void tst_kofilereferenceguiutils::loadSource()
     QFETCH(bool, underGroup);
 
     koTestHost host;
-    const kodNode group = underGroup ? testService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("Group"))
+    const kodNode group = underGroup ? koService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("Group"))
                                      : kodNode();
     const QString path = picked.isEmpty() ? QString() : host.writeFile(picked, engineObj);
-    const int referencesBefore = testService<koReferenceService>()->getSceneReferences().size();
+    const int referencesBefore = koService<koReferenceService>()->getSceneReferences().size();
     const int undoStepsBefore = koUndoStack::the()->count();
     koScriptedFileDialog files;
     files.answer(path);
@@ -62,10 +62,10 @@ void tst_kofilereferenceguiutils::loadSource()
     QCOMPARE(call.function, koFileDialog::Function::OpenFileName);
     QCOMPARE(call.caption, QStringLiteral("Load Source Reference"));
     QCOMPARE(call.dir, QString());
-    QCOMPARE(call.filter, testService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
+    QCOMPARE(call.filter, koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
     if (path.isEmpty()) {
         QVERIFY(reference.isNull());
-        QCOMPARE(testService<koReferenceService>()->getSceneReferences().size(), referencesBefore);
+        QCOMPARE(koService<koReferenceService>()->getSceneReferences().size(), referencesBefore);
         QCOMPARE(koUndoStack::the()->count(), undoStepsBefore);
         return;
     }
@@ -76,8 +76,8 @@ void tst_kofilereferenceguiutils::loadSource()
     QVERIFY(!reference.hasSmartReference());
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::FileState(0));
     QVERIFY(reference.getChildCount() > 0);
-    QCOMPARE(reference.getParent(), underGroup ? group : testService<koNodeService>()->getRootNode());
-    QCOMPARE(testService<koReferenceService>()->getSceneReferences().size(), referencesBefore + 1);
+    QCOMPARE(reference.getParent(), underGroup ? group : koService<koNodeService>()->getRootNode());
+    QCOMPARE(koService<koReferenceService>()->getSceneReferences().size(), referencesBefore + 1);
 
     QCOMPARE(koUndoStack::the()->count(), undoStepsBefore + 1);
     koUndoStack::the()->undo();

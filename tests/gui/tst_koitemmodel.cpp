@@ -1,5 +1,4 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koItemModel.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -27,13 +26,13 @@ QVariant idOf(const kodNode& node)
 struct Scene
 {
     Scene()
-        : root(testService<koNodeService>()->getRootNode())
-        , a(testService<koNodeService>()->createGroupNode(root, QStringLiteral("A")))
-        , a1(testService<koNodeService>()->createGroupNode(a, QStringLiteral("A1")))
-        , a2(testService<koNodeService>()->createGroupNode(a, QStringLiteral("A2")))
-        , b(testService<koNodeService>()->createGroupNode(root, QStringLiteral("B")))
-        , b1(testService<koNodeService>()->createGroupNode(b, QStringLiteral("B1")))
-        , c(testService<koNodeService>()->createGroupNode(root, QStringLiteral("C")))
+        : root(koService<koNodeService>()->getRootNode())
+        , a(koService<koNodeService>()->createGroupNode(root, QStringLiteral("A")))
+        , a1(koService<koNodeService>()->createGroupNode(a, QStringLiteral("A1")))
+        , a2(koService<koNodeService>()->createGroupNode(a, QStringLiteral("A2")))
+        , b(koService<koNodeService>()->createGroupNode(root, QStringLiteral("B")))
+        , b1(koService<koNodeService>()->createGroupNode(b, QStringLiteral("B1")))
+        , c(koService<koNodeService>()->createGroupNode(root, QStringLiteral("C")))
     {
     }
 
@@ -155,10 +154,10 @@ void tst_koitemmodel::singleItemEdit()
         scene.a.setName(QStringLiteral("Renamed"));
         break;
     case Change::AddChild:
-        testService<koNodeService>()->createGroupNode(scene.a, QStringLiteral("A3"));
+        koService<koNodeService>()->createGroupNode(scene.a, QStringLiteral("A3"));
         break;
     case Change::RemoveChild:
-        testService<koNodeService>()->deleteNode(scene.a1);
+        koService<koNodeService>()->deleteNode(scene.a1);
         break;
     case Change::MoveChild:
         scene.a.addChild(scene.b1);
@@ -195,13 +194,13 @@ void tst_koitemmodel::resetsKeepTheModelConsistent()
     Scene scene;
     Watched watched(scene.root);
 
-    testService<koNodeService>()->createGroupNode(scene.c, QStringLiteral("C1"));
+    koService<koNodeService>()->createGroupNode(scene.c, QStringLiteral("C1"));
     watched.model.reload();
     QCOMPARE(childNames(watched.model, watched.indexOf(scene.c)), QStringList{"C1"});
 
     watched.model.setRootItem(new koNodeModelItem(scene.b));
     QCOMPARE(childNames(watched.model, {}), QStringList{"B1"});
-    testService<koNodeService>()->createGroupNode(scene.b, QStringLiteral("B2"));
+    koService<koNodeService>()->createGroupNode(scene.b, QStringLiteral("B2"));
     watched.model.reload();
     QCOMPARE(childNames(watched.model, {}), (QStringList{"B1", "B2"}));
     QVERIFY(!watched.indexOf(scene.a).isValid());
@@ -234,9 +233,9 @@ void tst_koitemmodel::idLookupFollowsTheTree()
     Watched watched(scene.root);
     QCOMPARE(watched.indexOf(scene.a2).data().toString(), QStringLiteral("A2"));
 
-    const kodNode added = testService<koNodeService>()->createGroupNode(scene.a, QStringLiteral("A3"));
+    const kodNode added = koService<koNodeService>()->createGroupNode(scene.a, QStringLiteral("A3"));
     if (deleteNode)
-        testService<koNodeService>()->deleteNode(scene.a2);
+        koService<koNodeService>()->deleteNode(scene.a2);
     if (throughEdit) {
         watched.model.beginEdit();
         watched.model.findItemById(idOf(scene.a))->reload();

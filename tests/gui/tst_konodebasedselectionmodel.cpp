@@ -1,7 +1,7 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koItemModel.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
 #include <kovis/koNodeModelItem.h>
 #include <kovis/koNodeService.h>
@@ -18,7 +18,7 @@ struct Scene
 {
     Scene()
     {
-        auto* service = testService<koNodeService>();
+        auto* service = koService<koNodeService>();
         const kodNode root = service->getRootNode();
         const auto add = [&](const kodNode& parent, const QString& name) {
             nodes.insert(name, service->createGroupNode(parent, name));

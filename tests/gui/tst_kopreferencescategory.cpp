@@ -1,5 +1,4 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesCategory.h>
@@ -94,7 +93,7 @@ void tst_kopreferencescategory::changeTracking()
     set(value, markChanged);
 
     QCOMPARE(category.isChanged(key), changed);
-    QCOMPARE(testService<koPreferencesService>()->isChanged(key), changed);
+    QCOMPARE(koService<koPreferencesService>()->isChanged(key), changed);
     if (value.userType() == QMetaType::Bool)
         QCOMPARE(category.getBoolValue(key, !value.toBool()), value.toBool());
     else if (value.userType() == QMetaType::Int)
@@ -115,21 +114,21 @@ void tst_kopreferencescategory::notificationsReachOnlyTheirCategory()
     other.registerCategory();
 
     references.setIntValue(ownKey, 7, true);
-    testService<koPreferencesService>()->setIntValue(serviceKey, 3, true);
+    koService<koPreferencesService>()->setIntValue(serviceKey, 3, true);
     other.setIntValue(otherKey, 1, true);
 
-    testService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("References"));
+    koService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("References"));
     QCOMPARE(references.loads, 1);
     QCOMPARE(other.loads, 0);
 
-    testService<koPreferencesService>()->notifyCategoryApplied(QStringLiteral("References"));
+    koService<koPreferencesService>()->notifyCategoryApplied(QStringLiteral("References"));
     QCOMPARE(references.appliedKeys, (QStringList{ownKey, serviceKey}));
     QCOMPARE(other.appliedKeys, QStringList());
     QVERIFY(!references.isChanged(ownKey));
     QVERIFY(!references.isChanged(serviceKey));
     QVERIFY(other.isChanged(otherKey));
 
-    testService<koPreferencesService>()->notifyCategoryApplied(QStringLiteral("References"));
+    koService<koPreferencesService>()->notifyCategoryApplied(QStringLiteral("References"));
     QCOMPARE(references.appliedKeys, (QStringList{ownKey, serviceKey}));
 }
 
@@ -141,12 +140,12 @@ void tst_kopreferencescategory::registryListsEachCategoryOnce()
     category->registerCategory();
     category->registerCategory();
     QCOMPARE(koPreferencesCategory::registeredCategories().count(category.get()), 1);
-    testService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("Listed"));
+    koService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("Listed"));
     QCOMPARE(category->loads, 1);
 
     category.reset();
     QCOMPARE(koPreferencesCategory::registeredCategories().size(), before);
-    testService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("Listed"));
+    koService<koPreferencesService>()->notifyCategoryChanged(QStringLiteral("Listed"));
 }
 
 QTEST_MAIN(tst_kopreferencescategory)

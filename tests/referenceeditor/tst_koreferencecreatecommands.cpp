@@ -2,10 +2,10 @@
 #include "koReferenceEditorModule.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koInternalUiService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koNodeBasedSelectionModel.h>
 #include <kovis/koReferenceService.h>
@@ -59,11 +59,11 @@ void tst_koReferenceCreateCommands::init()
          koTestHost::reference("Source", QString(), "parts/a.obj"),
          koTestHost::reference("Both", "smart/both.kpr", "parts/b.obj"),
          koTestHost::reference("Fresh", QString(), "parts/c.stl")});
-    QVERIFY(testService<koFileIOService>()->loadProject(project));
-    testService<koReferenceService>()->convertToSmartReference(node(QStringLiteral("Fresh")));
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
+    koService<koReferenceService>()->convertToSmartReference(node(QStringLiteral("Fresh")));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
-    testService<koLogService>()->clear();
+    koService<koLogService>()->clear();
 }
 
 void tst_koReferenceCreateCommands::cleanup()
@@ -73,7 +73,7 @@ void tst_koReferenceCreateCommands::cleanup()
 
 kodNode tst_koReferenceCreateCommands::node(const QString& name) const
 {
-    QList<kodNode> pending{kodReferenceNode(testService<koReferenceService>()->getSceneReferences().value(0))};
+    QList<kodNode> pending{kodReferenceNode(koService<koReferenceService>()->getSceneReferences().value(0))};
     while (!pending.isEmpty()) {
         const kodNode candidate = pending.takeFirst();
         if (candidate.getName() == name)
@@ -111,7 +111,7 @@ void tst_koReferenceCreateCommands::create_data()
 
     const QString smartFilter = QStringLiteral(
         "All Supported Files (*.kpr *.osb);; Kovis Project File (*.kpr);; OpenSG Binary Geometry (*osb)");
-    const QString importFilter = testService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
+    const QString importFilter = koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
 
     QTest::newRow("new smart reference") << false << false << QStringList() << QString() << QString()
                                          << QStringList{"Reference - -"};
@@ -288,7 +288,7 @@ void tst_koReferenceCreateCommands::replace()
         driver.answerMessageBox(QMessageBox::StandardButton(answer));
     const QByteArray before = koTestHost::sceneSnapshot();
     const QString initial = describe(reference);
-    auto* ui = testService<koInternalUiService>();
+    auto* ui = koService<koInternalUiService>();
 
     // The field shows the reference's path until the user types another.
     field->setText(current);
@@ -322,9 +322,9 @@ void tst_koReferenceCreateCommands::replace()
         QCOMPARE(files.calls().first().dir, current);
         QCOMPARE(files.calls().first().filter,
                  smart ? QStringLiteral("Smart files (*.kpr *.osb)")
-                       : testService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
+                       : koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
     }
-    const QList<koLogService::Entry> log = testService<koLogService>()->entries();
+    const QList<koLogService::Entry> log = koService<koLogService>()->entries();
     QCOMPARE(log.size(), expectedLog ? 1 : 0);
     if (expectedLog) {
         QCOMPARE(log.first().level, koLogService::Warning);

@@ -2,9 +2,9 @@
 #include "koReferenceFilterModel.h"
 #include "koReferenceTreeModel.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koObjectService.h>
@@ -90,7 +90,7 @@ QStringList expandedNames(const QTreeView* view)
 
 void tst_koReferenceEditorModule::init()
 {
-    QVERIFY(testService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     m_module = std::make_unique<koReferenceEditorModule>();
     settle();
 }
@@ -108,7 +108,7 @@ void tst_koReferenceEditorModule::settle()
 
 kodReferenceNode tst_koReferenceEditorModule::reference(const QString& name) const
 {
-    for (const kodReferenceNode& candidate : testService<koReferenceService>()->getSceneReferences()) {
+    for (const kodReferenceNode& candidate : koService<koReferenceService>()->getSceneReferences()) {
         if (candidate.getName() == name)
             return candidate;
     }
@@ -119,8 +119,8 @@ void tst_koReferenceEditorModule::burstOfNotificationsCostsOneReload()
 {
     ReloadCounter reloads(m_module->referenceModel());
     for (int i = 0; i < 10; ++i)
-        emit testService<koReferenceService>()->referencesChanged({reference(QStringLiteral("Frame"))});
-    emit testService<koReferenceService>()->updateMonitoringChanged(true);
+        emit koService<koReferenceService>()->referencesChanged({reference(QStringLiteral("Frame"))});
+    emit koService<koReferenceService>()->updateMonitoringChanged(true);
     QCOMPARE(reloads.count(), 0);
     QVERIFY(m_module->isReloadPending());
     settle();
@@ -131,31 +131,31 @@ void tst_koReferenceEditorModule::burstOfNotificationsCostsOneReload()
 void tst_koReferenceEditorModule::noReloadWhileAProjectLoads()
 {
     ReloadCounter reloads(m_module->referenceModel());
-    emit testService<koFileIOService>()->projectLoad(QStringLiteral("other.kpr"));
-    emit testService<koReferenceService>()->referencesChanged({});
+    emit koService<koFileIOService>()->projectLoad(QStringLiteral("other.kpr"));
+    emit koService<koReferenceService>()->referencesChanged({});
     m_module->scheduleReload();
     settle();
     QCOMPARE(reloads.count(), 0);
 
-    emit testService<koFileIOService>()->projectLoadFinished(QStringLiteral("other.kpr"), true);
-    emit testService<koReferenceService>()->referencesChanged({});
+    emit koService<koFileIOService>()->projectLoadFinished(QStringLiteral("other.kpr"), true);
+    emit koService<koReferenceService>()->referencesChanged({});
     settle();
     QCOMPARE(reloads.count(), 1);
 
-    QVERIFY(testService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     settle();
     QCOMPARE(reloads.count(), 2);
 }
 
 void tst_koReferenceEditorModule::hiddenWindowIgnoresTheSceneSelection()
 {
-    emit testService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
+    emit koService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
     QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
 
     m_module->show();
-    emit testService<koReferenceService>()->sceneSelectionChanged({});
+    emit koService<koReferenceService>()->sceneSelectionChanged({});
     QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
-    emit testService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
+    emit koService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
     QCOMPARE(names(m_module->nodeSelectionModel()->getAllSelectedNodes()), QStringList{QStringLiteral("Frame")});
 }
 
@@ -175,7 +175,7 @@ void tst_koReferenceEditorModule::sceneSelectionSelectsSharedInstancesInTheList(
     m_module->m_listMode->setCurrentIndex(listMode);
     settle();
     m_module->show();
-    emit testService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Front Wheel"))});
+    emit koService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Front Wheel"))});
     QStringList selected = names(m_module->nodeSelectionModel()->getAllSelectedNodes());
     selected.sort();
     QCOMPARE(selected, expected);
@@ -207,9 +207,9 @@ void tst_koReferenceEditorModule::sliderRangeFollowsTheGraphDepth()
 
     m_module->m_treeSlider->setMaximum(42);
     if (scene != "demo")
-        testService<koFileIOService>()->newProject();
+        koService<koFileIOService>()->newProject();
     if (scene == "one")
-        testService<koReferenceService>()->createReference(kodNode());
+        koService<koReferenceService>()->createReference(kodNode());
     if (scene == "none")
         m_module->referenceModel()->clear();
     m_module->scheduleReload();
@@ -258,7 +258,7 @@ void tst_koReferenceEditorModule::expandedRowsSurviveTheListView()
 
     m_module->m_listMode->setCurrentIndex(1);
     settle();
-    QCOMPARE(filter->rowCount(), testService<koReferenceService>()->getSceneReferences().size());
+    QCOMPARE(filter->rowCount(), koService<koReferenceService>()->getSceneReferences().size());
     m_module->m_listMode->setCurrentIndex(0);
     settle();
 
@@ -272,10 +272,10 @@ void tst_koReferenceEditorModule::onlyNameChangesUpdateAnItem()
 {
     QSignalSpy changed(m_module->referenceModel(), &QAbstractItemModel::dataChanged);
     const kodReferenceNode frame = reference(QStringLiteral("Frame"));
-    emit testService<koObjectService>()->propertyChanged(frame, "visible");
+    emit koService<koObjectService>()->propertyChanged(frame, "visible");
     QCOMPARE(changed.count(), 0);
 
-    emit testService<koObjectService>()->propertyChanged(frame, "name");
+    emit koService<koObjectService>()->propertyChanged(frame, "name");
     QVERIFY(changed.count() >= 1);
     const QModelIndex row = m_module->referenceModel()->indexFromId(QVariant::fromValue(kodNode(frame)));
     QCOMPARE(changed.last().at(0).toModelIndex().row(), row.row());
@@ -286,7 +286,7 @@ void tst_koReferenceEditorModule::createdReferenceIsSelected()
 {
     m_module->show();
     const kodReferenceNode created =
-        testService<koReferenceService>()->createReference(reference(QStringLiteral("Frame")));
+        koService<koReferenceService>()->createReference(reference(QStringLiteral("Frame")));
     settle();
     QCOMPARE(m_module->nodeSelectionModel()->getAllSelectedNodes(), QList<kodNode>{created});
 }

@@ -1,6 +1,6 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koMainWindowService.h>
 #include <kovis/koPreferencesCategory.h>
 
@@ -57,7 +57,7 @@ QList<koPreferencesCategory*> categoriesNamed(const QString& name)
 
 void tst_koReferenceEditorPlugin::initPluginRegistersOneModule()
 {
-    auto* modules = testService<koMainWindowService>();
+    auto* modules = koService<koMainWindowService>();
     const int before = modules->modules().size();
     QLibrary plugin(QStringLiteral(PLUGIN_FILE));
     callTwice(plugin, "initPlugin");

@@ -5,9 +5,9 @@
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 
 #include <QAbstractItemModelTester>
@@ -91,8 +91,8 @@ void tst_koReferenceFilterModel::initTestCase()
          koTestHost::reference("B", QString(), "b.obj"), koTestHost::reference("C", "c.osb", QString()),
          koTestHost::reference("D", "d.kpr", "d.OBJ"), koTestHost::reference("E", QString(), QString()),
          koTestHost::reference("F", "f.kpr", QString())});
-    QVERIFY(testService<koFileIOService>()->loadProject(project));
-    testService<koReferenceService>()->getSceneReferences().last().getChild(0).setName(
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
+    koService<koReferenceService>()->getSceneReferences().last().getChild(0).setName(
         QStringLiteral("Edited"));
     m_model.setHeader(koReferenceTreeModel::columnTitles());
     m_model.setRootItem(new koReferenceFlatModelItem(kodNode()));

@@ -1,7 +1,6 @@
 #include "koReferencePreferencesGUII.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesService.h>
@@ -29,25 +28,25 @@ const QStringList storeOrder{monitoringKey, convertWarningKey, notificationKey, 
 // Settings files hold text; comparing as text also tells a stored value from a sentinel.
 QString storedText(const QString& key)
 {
-    return testService<koPreferencesService>()->getStringValue(key, QStringLiteral("<absent>"));
+    return koService<koPreferencesService>()->getStringValue(key, QStringLiteral("<absent>"));
 }
 
 void store(const QString& key, const QVariant& value)
 {
     if (value.userType() == QMetaType::Bool)
-        testService<koPreferencesService>()->setBoolValue(key, value.toBool(), false);
+        koService<koPreferencesService>()->setBoolValue(key, value.toBool(), false);
     else if (value.userType() == QMetaType::Int)
-        testService<koPreferencesService>()->setIntValue(key, value.toInt(), false);
+        koService<koPreferencesService>()->setIntValue(key, value.toInt(), false);
     else
-        testService<koPreferencesService>()->setStringValue(key, value.toString(), false);
+        koService<koPreferencesService>()->setStringValue(key, value.toString(), false);
 }
 
 // Overwrites every key with a value no widget produces and forgets the change marks.
 void storeSentinels()
 {
     for (const QString& key : storeOrder) {
-        testService<koPreferencesService>()->setStringValue(key, QStringLiteral("sentinel"), false);
-        testService<koPreferencesService>()->clearChanged(key);
+        koService<koPreferencesService>()->setStringValue(key, QStringLiteral("sentinel"), false);
+        koService<koPreferencesService>()->clearChanged(key);
     }
 }
 
@@ -58,7 +57,7 @@ void loadPage(koReferencePreferencesGUII& page, const QVariantMap& stored = {})
     for (auto it = stored.cbegin(); it != stored.cend(); ++it)
         store(it.key(), it.value());
     for (const QString& key : storeOrder)
-        testService<koPreferencesService>()->clearChanged(key);
+        koService<koPreferencesService>()->clearChanged(key);
     page.loadValues();
 }
 
@@ -254,7 +253,7 @@ void tst_koReferencePreferencesGUII::roundTrip()
     page.saveValues();
 
     QCOMPARE(storedText(key), saved);
-    QVERIFY(testService<koPreferencesService>()->isChanged(key));
+    QVERIFY(koService<koPreferencesService>()->isChanged(key));
 }
 
 void tst_koReferencePreferencesGUII::storesInTheHostsOrder_data()
@@ -272,7 +271,7 @@ void tst_koReferencePreferencesGUII::storesInTheHostsOrder()
     koReferencePreferencesGUII page;
     loadPage(page);
     storeSentinels();
-    QSignalSpy stores(testService<koPreferencesService>(), &koPreferencesService::valueChanged);
+    QSignalSpy stores(koService<koPreferencesService>(), &koPreferencesService::valueChanged);
 
     if (defaults)
         page.initDefaults(true);
@@ -326,7 +325,7 @@ void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys()
     enterAll(page, edits);
     page.saveValues();
     for (const QString& key : storeOrder)
-        QVERIFY2(testService<koPreferencesService>()->isChanged(key) == changedKeys.contains(key), qPrintable(key));
+        QVERIFY2(koService<koPreferencesService>()->isChanged(key) == changedKeys.contains(key), qPrintable(key));
 
     ScopedRecordingService service;
     page.applyChanges();
@@ -408,7 +407,7 @@ void tst_koReferencePreferencesGUII::initDefaultsStoresTheDefaults()
         storeSentinels();
         page.initDefaults(markChanged);
         QCOMPARE(storedText(key), defaultValue);
-        QCOMPARE(testService<koPreferencesService>()->isChanged(key), markChanged);
+        QCOMPARE(koService<koPreferencesService>()->isChanged(key), markChanged);
     }
 }
 

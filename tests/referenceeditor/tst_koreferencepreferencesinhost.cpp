@@ -1,7 +1,7 @@
 #include "koPreferencesDialog.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesCategory.h>
 #include <kovis/koPreferencesService.h>
 #include <kovis/koReferenceService.h>
@@ -59,7 +59,7 @@ void tst_koReferencePreferencesInHost::cleanupTestCase()
 {
     QVERIFY(m_plugin.unload());
     // The store keeps the page's keys beyond the plug-in's life.
-    testService<koPreferencesService>()->sync();
+    koService<koPreferencesService>()->sync();
 }
 
 void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService_data()
@@ -84,8 +84,8 @@ void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService()
 
     // A host seeds the store with the defaults once; the page alone falls back to "off".
     referencesPage()->initDefaults(false);
-    testService<koPreferencesService>()->setIntValue(intervalKey, storedInterval, false);
-    testService<koReferenceService>()->loadPreferences();
+    koService<koPreferencesService>()->setIntValue(intervalKey, storedInterval, false);
+    koService<koReferenceService>()->loadPreferences();
 
     koPreferencesDialog dialog;
     auto* categories = dialog.findChild<QListWidget*>(QStringLiteral("PreferencesCategories"));
@@ -103,7 +103,7 @@ void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService()
     }
     dialog.findChild<QDialogButtonBox*>()->button(button)->click();
 
-    QCOMPARE(testService<koReferenceService>()->getUpdateMonitoringInterval(), hostInterval);
+    QCOMPARE(koService<koReferenceService>()->getUpdateMonitoringInterval(), hostInterval);
 }
 
 QTEST_MAIN(tst_koReferencePreferencesInHost)

@@ -5,10 +5,10 @@
 #include "koReferenceTreeModel.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koInternalUiService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koUndoStack.h>
 
@@ -71,7 +71,7 @@ void tst_koReferenceRepathFlow::init()
         QStringLiteral("project.kpr"),
         {koTestHost::reference("A", "old/a/a.kpr", "old/a/a.obj"), koTestHost::reference("B", QString(), "old/b/b.obj"),
          koTestHost::reference("C", QString(), "current/c.obj")});
-    QVERIFY(testService<koFileIOService>()->loadProject(project));
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
 }
@@ -85,7 +85,7 @@ void tst_koReferenceRepathFlow::cleanup()
 kodReferenceNode tst_koReferenceRepathFlow::reference(const QString& name) const
 {
     for (const kodReferenceNode& candidate :
-         testService<koReferenceService>()->getSceneReferences()) {
+         koService<koReferenceService>()->getSceneReferences()) {
         if (candidate.getName() == name)
             return candidate;
     }
@@ -225,7 +225,7 @@ void tst_koReferenceRepathFlow::requestsChooseTheLinks()
     m_host.writeFile(QStringLiteral("new/a.obj"), "o A\n");
     koDialogDriver driver;
     answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});
-    auto* ui = testService<koInternalUiService>();
+    auto* ui = koService<koInternalUiService>();
     const QList<kodReferenceNode> nodes{reference(QStringLiteral("A"))};
     if (request == "references")
         emit ui->requestUiRepathReferences(nodes);

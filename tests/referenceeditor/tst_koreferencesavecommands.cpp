@@ -3,11 +3,11 @@
 #include "koReferenceSmartLocationDialogUI.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/QKOScrollableMessageBox.h>
 #include <kovis/koFileIOService.h>
 #include <kovis/koInternalUiService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koTreeService.h>
 
@@ -115,7 +115,7 @@ void tst_koReferenceSaveCommands::init()
          koTestHost::reference("Saved", "saved/saved.kpr", QString()),
          koTestHost::reference("Frame", "frame/frame.kpr", QString()),
          koTestHost::reference("Blocked", QString(), "blocked.txt/parts/blocked.obj")});
-    QVERIFY(testService<koFileIOService>()->loadProject(project));
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
 }
@@ -134,14 +134,14 @@ void tst_koReferenceSaveCommands::cleanup()
 // handle "Name removed" is left stale), "file:path".
 void tst_koReferenceSaveCommands::prepare(const QStringList& steps)
 {
-    auto* references = testService<koReferenceService>();
+    auto* references = koService<koReferenceService>();
     for (const QString& step : steps) {
         const QString what = step.section(QLatin1Char(':'), 0, 0);
         const QString name = step.section(QLatin1Char(':'), 1);
         if (what == QLatin1String("convert")) {
             references->convertToSmartReference(reference(name));
         } else if (what == QLatin1String("clone")) {
-            const kodNode clone = testService<koTreeService>()->cloneNodes({reference(name)}).value(0);
+            const kodNode clone = koService<koTreeService>()->cloneNodes({reference(name)}).value(0);
             m_handles.insert(name + QStringLiteral(" clone"), kodReferenceNode(clone.getObjectId()));
         } else if (what == QLatin1String("remove")) {
             m_handles.insert(name + QStringLiteral(" removed"), reference(name));
@@ -162,7 +162,7 @@ kodReferenceNode tst_koReferenceSaveCommands::reference(const QString& name) con
 {
     if (m_handles.contains(name))
         return m_handles.value(name);
-    for (const kodReferenceNode& candidate : testService<koReferenceService>()->getSceneReferences()) {
+    for (const kodReferenceNode& candidate : koService<koReferenceService>()->getSceneReferences()) {
         if (candidate.getName() == name)
             return candidate;
     }
@@ -282,7 +282,7 @@ void tst_koReferenceSaveCommands::convertedReferenceLoadsBackFromItsFile()
     kodReferenceNode wheel = reference(QStringLiteral("Wheel"));
     const QString tree = treeOf(wheel);
     QCOMPARE(tree, QStringLiteral("Wheel(Hub(Axle) Rim(Ring))"));
-    testService<koReferenceService>()->convertToSmartReference(wheel);
+    koService<koReferenceService>()->convertToSmartReference(wheel);
     QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::Unsaved);
     koDialogDriver driver;
     answerLocationDialog(driver, QStringLiteral("next"));
@@ -293,8 +293,8 @@ void tst_koReferenceSaveCommands::convertedReferenceLoadsBackFromItsFile()
     const QString file = m_host.path(QStringLiteral("parts/wheel.kpr"));
     QCOMPARE(wheel.getSmartPath(), file);
     QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::UpToDate);
-    QVERIFY(testService<koFileIOService>()->loadProject(file));
-    const kodNode root = testService<koReferenceService>()->getSceneReferences().value(0);
+    QVERIFY(koService<koFileIOService>()->loadProject(file));
+    const kodNode root = koService<koReferenceService>()->getSceneReferences().value(0);
     QCOMPARE(treeOf(root).section(QLatin1Char('('), 1), tree.section(QLatin1Char('('), 1));
 }
 
@@ -327,9 +327,9 @@ void tst_koReferenceSaveCommands::overwriteQuestion()
     const QByteArray scene = koTestHost::sceneSnapshot();
 
     if (saveAs)
-        emit testService<koInternalUiService>()->requestUiSaveSmartsAs(selected);
+        emit koService<koInternalUiService>()->requestUiSaveSmartsAs(selected);
     else
-        emit testService<koInternalUiService>()->requestUiSaveSmarts(selected);
+        emit koService<koInternalUiService>()->requestUiSaveSmarts(selected);
 
     QCOMPARE(driver.unexpected(), QStringList());
     QCOMPARE(driver.pendingSteps(), 0);
@@ -465,7 +465,7 @@ void tst_koReferenceSaveCommands::smartPathsUpdateRequest()
                                                               : kodNode(reference(node));
     bool result = !expectedResult;
 
-    emit testService<koInternalUiService>()->requestUiSmartPathsUpdate(
+    emit koService<koInternalUiService>()->requestUiSmartPathsUpdate(
         target, reserved.isEmpty() ? QString() : m_host.path(reserved), result);
 
     QCOMPARE(result, expectedResult);
@@ -528,7 +528,7 @@ void tst_koReferenceSaveCommands::modifiedSaveWarnings()
     const QDateTime later = QDateTime::currentDateTimeUtc().addSecs(60);
     if (outdated) {
         koTestHost::setModified(file, later);
-        testService<koReferenceService>()->checkFiles();
+        koService<koReferenceService>()->checkFiles();
     }
     const QByteArray before = readFile(file);
     koDialogDriver driver;

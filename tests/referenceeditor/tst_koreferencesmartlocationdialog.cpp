@@ -2,8 +2,8 @@
 #include "koReferenceSmartLocationDialogUI.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 
 #include <QtTest>
@@ -25,8 +25,8 @@ private:
 
 void tst_koReferenceSmartLocationDialog::cleanup()
 {
-    testService<koReferenceService>()->setSmartReferenceStoreMode(0);
-    testService<koReferenceService>()->setSmartReferenceStoreLocation(QString());
+    koService<koReferenceService>()->setSmartReferenceStoreMode(0);
+    koService<koReferenceService>()->setSmartReferenceStoreLocation(QString());
 }
 
 void tst_koReferenceSmartLocationDialog::locationChoice_data()
@@ -62,8 +62,8 @@ void tst_koReferenceSmartLocationDialog::locationChoice()
     QFETCH(bool, customEnabled);
 
     const QString stored = m_host.path(QStringLiteral("stored"));
-    testService<koReferenceService>()->setSmartReferenceStoreMode(storeMode);
-    testService<koReferenceService>()->setSmartReferenceStoreLocation(stored);
+    koService<koReferenceService>()->setSmartReferenceStoreMode(storeMode);
+    koService<koReferenceService>()->setSmartReferenceStoreLocation(stored);
     koReferenceSmartLocationDialogUI dialog(nullptr);
     for (const QString& answer : allHaveSource.split(QLatin1Char(','), Qt::SkipEmptyParts))
         dialog.setAllHaveSource(answer == QLatin1String("yes"));

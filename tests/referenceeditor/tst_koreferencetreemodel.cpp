@@ -3,9 +3,9 @@
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koStyle.h>
@@ -115,7 +115,7 @@ void tst_koReferenceTreeModel::displayText()
     if (setup == "rename child")
         node.getChild(0).setName(QStringLiteral("Edited"));
     if (setup == "convert")
-        testService<koReferenceService>()->convertToSmartReference(node);
+        koService<koReferenceService>()->convertToSmartReference(node);
 
     ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
     const QModelIndex row = model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId())), 0);
@@ -125,7 +125,7 @@ void tst_koReferenceTreeModel::displayText()
 
 void tst_koReferenceTreeModel::nonReferenceRowHasNoLabels()
 {
-    const kodNode group = testService<koNodeService>()->createGroupNode(kodNode(), "Frame");
+    const kodNode group = koService<koNodeService>()->createGroupNode(kodNode(), "Frame");
     ReferenceModel model(new koNodeModelItem(kodNode(group.getParent().getObjectId())));
     const QModelIndex row = model.indexFromId(QVariant::fromValue(group), 0);
     QVERIFY(row.isValid());
@@ -184,7 +184,7 @@ void tst_koReferenceTreeModel::fileColumns()
     QJsonObject clone = koTestHost::reference("Part", "part.kpr", "gone.obj");
     clone.insert(QStringLiteral("instance"), QStringLiteral("p"));
     m_host.writeProject(QStringLiteral("project.kpr"), {clone, clone});
-    QVERIFY(testService<koFileIOService>()->loadProject(m_host.path("project.kpr")));
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path("project.kpr")));
 
     ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
     const bool location = column == koReferenceModelItem::SmartLocationColumn
@@ -212,17 +212,17 @@ void tst_koReferenceTreeModel::flatListHoldsEveryReferenceOnce()
 
 void tst_koReferenceTreeModel::modelStaysConsistentThroughReloads()
 {
-    QVERIFY(testService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     ReferenceModel model(nullptr);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     model.setRootItem(new koReferenceTreeRootItem(kodNode()));
-    kodReferenceNode drivetrain = testService<koReferenceService>()->getSceneReferences().at(11);
+    kodReferenceNode drivetrain = koService<koReferenceService>()->getSceneReferences().at(11);
     drivetrain.unload();
     model.reload();
     model.clear();
     model.setRootItem(new koReferenceFlatModelItem(kodNode()));
     model.reload();
-    QCOMPARE(model.rowCount(), testService<koReferenceService>()->getSceneReferences().size());
+    QCOMPARE(model.rowCount(), koService<koReferenceService>()->getSceneReferences().size());
 }
 
 QTEST_MAIN(tst_koReferenceTreeModel)

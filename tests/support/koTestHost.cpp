@@ -1,10 +1,10 @@
 #include "koTestHost.h"
-#include "koTestServices.h"
 
 #include "koReferenceEngine.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koHost.h>
+#include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
@@ -25,8 +25,8 @@ QString settingsFile()
 
 void resetScene()
 {
-    testService<koFileIOService>()->newProject();
-    testService<koLogService>()->clear();
+    koService<koFileIOService>()->newProject();
+    koService<koLogService>()->clear();
 }
 
 } // namespace
@@ -70,9 +70,9 @@ QString koTestHost::writeProject(const QString& relative, const QJsonArray& node
 kodReferenceNode koTestHost::loadSingleReference(const QJsonObject& reference) const
 {
     const QString project = writeProject(QStringLiteral("project.kpr"), {reference});
-    if (!testService<koFileIOService>()->loadProject(project))
+    if (!koService<koFileIOService>()->loadProject(project))
         return kodReferenceNode();
-    return testService<koReferenceService>()->getSceneReferences().value(1);
+    return koService<koReferenceService>()->getSceneReferences().value(1);
 }
 
 void koTestHost::setModified(const QString& path, const QDateTime& time)
@@ -155,7 +155,7 @@ kodNode findBelow(const kodNode& parent, const QString& name)
 
 kodNode koTestHost::findNode(const QString& name)
 {
-    return findBelow(testService<koNodeService>()->getRootNode(), name);
+    return findBelow(koService<koNodeService>()->getRootNode(), name);
 }
 
 void koTestHost::settle()

@@ -1,6 +1,7 @@
 #include "koReferenceCommands.h"
 
 #include "koReferenceEditorModule.h"
+#include "koReferenceQuestion.h"
 
 #include <kovis/koInternalUiService.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -12,7 +13,6 @@
 #include <kovis/koTreeService.h>
 
 #include <QCheckBox>
-#include <QDataStream>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -103,8 +103,7 @@ QList<kodReferenceNode> koReferenceCommands::allReferences()
 
 bool koReferenceCommands::confirm(const QString& title, const QString& text) const
 {
-    return QMessageBox::warning(m_module, title, text, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel)
-           != QMessageBox::Cancel;
+    return koReferenceQuestion::ask(m_module, title, text) == DialogAccepted;
 }
 
 void koReferenceCommands::load(const QList<kodReferenceNode>& references)
@@ -319,15 +318,9 @@ void koReferenceCommands::selectNodes(const QList<kodNode>& nodes)
     if (nodes.isEmpty())
         return;
     koScopedUndo undo(true);
-    QByteArray ids;
-    {
-        QDataStream stream(&ids, QIODevice::WriteOnly);
-        for (const kodNode& node : nodes)
-            stream << quint32(node.getObjectId());
-    }
     auto* tree = koService<koTreeService>();
     tree->clearSelection();
-    tree->setSelection(qCompress(ids, 1));
+    tree->setSelection(koTreeService::encodeSelection(nodes));
     tree->scrollToNode(unsigned(nodes.last().getObjectId()));
 }
 

@@ -10,6 +10,7 @@
 #include <kovis/koTreeService.h>
 
 #include <QMenuBar>
+#include <QSet>
 #include <QSignalBlocker>
 #include <QToolButton>
 
@@ -136,12 +137,15 @@ QList<kodReferenceNode> koReferenceEditorActions::selectedRootsWithTheirInstance
 {
     // Clones share one file: saving one instance saves them all.
     QList<kodReferenceNode> references;
-    const auto addOnce = [&references](const kodNode& node) {
+    QSet<quint64> added;
+    const auto addOnce = [&](const kodNode& node) {
         const kodReferenceNode reference = node.isTypeOf(kodReferenceNode::staticMetaObject)
             ? kodReferenceNode(node.getObjectId())
             : kodReferenceNode();
-        if (reference.isNull() || !references.contains(reference))
-            references.append(reference);
+        if (!reference.isNull() && added.contains(reference.getObjectId()))
+            return;
+        added.insert(reference.getObjectId());
+        references.append(reference);
     };
     for (const kodNode& root : m_module->nodeSelectionModel()->getSelectedRootNodes()) {
         addOnce(root);

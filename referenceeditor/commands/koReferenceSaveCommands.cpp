@@ -13,6 +13,8 @@
 
 #include <QFileInfo>
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace {
@@ -22,19 +24,20 @@ bool isUnsaved(const kodReferenceNode& reference)
     return reference.getSmartFileState() == koReferenceTypes::Unsaved;
 }
 
-void appendUnsaved(QList<kodReferenceNode>& unsaved, const kodReferenceNode& reference)
-{
-    if (isUnsaved(reference) && !unsaved.contains(reference))
-        unsaved.append(reference);
-}
-
 QList<kodReferenceNode> unsavedReferences(const QList<kodReferenceNode>& references)
 {
     QList<kodReferenceNode> unsaved;
+    QSet<quint64> seen;
+    const auto appendUnsaved = [&](const kodReferenceNode& reference) {
+        if (isUnsaved(reference) && !seen.contains(reference.getObjectId())) {
+            seen.insert(reference.getObjectId());
+            unsaved.append(reference);
+        }
+    };
     for (const kodReferenceNode& reference : references) {
-        appendUnsaved(unsaved, reference);
+        appendUnsaved(reference);
         for (const kodReferenceNode& sub : koService<koReferenceService>()->getSubReferences(reference))
-            appendUnsaved(unsaved, sub);
+            appendUnsaved(sub);
     }
     return unsaved;
 }

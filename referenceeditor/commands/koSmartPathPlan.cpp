@@ -15,7 +15,7 @@ QString koSmartPathPlan::claim(const QString& proposed)
         ++m_collisions;
         candidate = QString(proposed).insert(insertAt, QLatin1Char('_') + QString::number(m_collisions));
     }
-    m_chosenPaths.append(candidate);
+    m_chosenPaths.insert(candidate);
     return candidate;
 }
 

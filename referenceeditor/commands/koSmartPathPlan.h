@@ -32,7 +32,7 @@ private:
     bool isTaken(const QString& path) const;
 
     QString m_reservedPath;
-    QStringList m_chosenPaths;
+    QSet<QString> m_chosenPaths;
     int m_collisions = 0;
     QSet<quint64> m_handledIds;
     QList<QPair<kodReferenceNode, QString>> m_assignments;

@@ -9,8 +9,7 @@
 
 namespace {
 
-// File states are tested before load states; the order decides nothing, since every
-// key only ever accepts.
+// File states are tested before load states; the first key that accepts decides.
 const int keyOrder[] = {FilterUpToDate, FilterOutOfDate,        FilterMissing,         FilterLoaded, FilterUnloaded,
                         FilterSourceReferences, FilterSmartReferences, FilterModified, FilterFileType};
 
@@ -21,17 +20,11 @@ bool hasFileState(const kodReferenceNode& reference, koReferenceTypes::FileState
 
 bool hasSuffix(const kodReferenceNode& reference, const std::set<QString>& suffixes)
 {
-    const QString sourcePath = reference.getSourcePath();
-    const QString smartPath = reference.getSmartPath();
-    for (const QString& suffix : suffixes) {
-        if (suffix.isEmpty())
-            continue;
-        if ((!sourcePath.isEmpty() && QFileInfo(sourcePath).suffix() == suffix)
-            || (!smartPath.isEmpty() && QFileInfo(smartPath).suffix() == suffix)) {
-            return true;
-        }
-    }
-    return false;
+    const auto suffixChosen = [&suffixes](const QString& path) {
+        const QString suffix = path.isEmpty() ? QString() : QFileInfo(path).suffix();
+        return !suffix.isEmpty() && suffixes.count(suffix) > 0;
+    };
+    return suffixChosen(reference.getSourcePath()) || suffixChosen(reference.getSmartPath());
 }
 
 bool passesKey(int key, const kodReferenceNode& reference, const std::set<QString>& suffixes)
@@ -136,11 +129,10 @@ bool koReferenceFilterModel::passesFlags(int sourceRow, const QModelIndex& sourc
     const QModelIndex cell = sourceModel()->index(sourceRow, 0, sourceParent);
     const kodReferenceNode reference =
         cell.isValid() ? cell.data(Qt::UserRole).value<kodReferenceNode>() : kodReferenceNode();
-    bool accepted = false;
     for (int key : keyOrder) {
         const auto entry = m_flags.find(key);
         if (entry != m_flags.end() && passesKey(key, reference, entry->second))
-            accepted = true;
+            return true;
     }
-    return accepted;
+    return false;
 }

@@ -46,6 +46,7 @@ void tst_koReferenceCreateCommands::init()
 {
     m_host.writeFile(QStringLiteral("parts/a.obj"), "o A\nv 0 0 0\n");
     m_host.writeFile(QStringLiteral("parts/b.obj"), "o B\nv 0 0 0\n");
+    m_host.writeFile(QStringLiteral("parts/b.v2.obj"), "o B\nv 0 0 0\n");
     m_host.writeFile(QStringLiteral("parts/c.stl"), "solid c\nendsolid c\n");
     m_host.writeProject(QStringLiteral("smart/current.kpr"), {koTestHost::geometry("Current")});
     m_host.writeProject(QStringLiteral("smart/other.kpr"), {koTestHost::geometry("Other")});
@@ -122,8 +123,9 @@ void tst_koReferenceCreateCommands::create_data()
         << QStringList{"other smart/other.kpr -", "shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
     QTest::newRow("smart references, nothing picked")
         << false << true << QStringList() << "Create Smart Reference" << smartFilter << QStringList();
-    QTest::newRow("source reference") << true << true << QStringList{"parts/b.obj"} << "Load Source Reference"
-                                      << importFilter << QStringList{"b - parts/b.obj"};
+    // Named after the file without its last suffix only.
+    QTest::newRow("source reference") << true << true << QStringList{"parts/b.v2.obj"} << "Load Source Reference"
+                                      << importFilter << QStringList{"b.v2 - parts/b.v2.obj"};
     QTest::newRow("source reference, nothing picked")
         << true << true << QStringList() << "Load Source Reference" << importFilter << QStringList();
 }
@@ -155,8 +157,12 @@ void tst_koReferenceCreateCommands::create()
         QCOMPARE(files.calls().first().dir, QString());
     }
     QStringList created;
-    for (const kodNode& child : holder.getChildren())
-        created.append(describe(kodReferenceNode(child.getObjectId())));
+    for (const kodNode& child : holder.getChildren()) {
+        const kodReferenceNode reference(child.getObjectId());
+        created.append(describe(reference));
+        // A source reference comes with its geometry imported.
+        QVERIFY(!source || reference.getChildCount() > 0);
+    }
     QCOMPARE(created, expectedReferences);
     QCOMPARE(koUndoStack::the()->count(), undoSteps + (created.isEmpty() ? 0 : 1));
     if (created.isEmpty())

@@ -16,6 +16,7 @@
 
 #include <QCheckBox>
 #include <QDesktopServices>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QSignalSpy>
@@ -597,13 +598,17 @@ void tst_koReferenceCommands::sceneInformationSumsTheLinks()
     koDialogDriver driver;
     driver.handleDialog([&](QDialog* dialog) {
         title = dialog->windowTitle();
-        for (const QLabel* label : dialog->findChildren<QLabel*>()) {
-            if (label->objectName() == QLatin1String("infoSection"))
-                shown << "# " + label->text();
-            else if (label->objectName() == QLatin1String("infoLabel"))
-                shown << label->text();
-            else if (label->objectName() == QLatin1String("infoValue"))
-                shown.last() += ": " + label->text();
+        // Read as a reader sees it: top to bottom, each value beside its label, a
+        // section title across both columns.
+        const auto* grid = dialog->findChild<QGridLayout*>(QStringLiteral("infoGrid"));
+        QVERIFY(grid);
+        for (int row = 0; row < grid->rowCount(); ++row) {
+            QLayoutItem* left = grid->itemAtPosition(row, 0);
+            QLayoutItem* right = grid->itemAtPosition(row, 1);
+            QVERIFY2(left && right, "a gap in the grid");
+            const auto* label = qobject_cast<QLabel*>(left->widget());
+            const auto* value = qobject_cast<QLabel*>(right->widget());
+            shown << (label == value ? "# " + label->text() : label->text() + ": " + value->text());
         }
         dialog->accept();
     });

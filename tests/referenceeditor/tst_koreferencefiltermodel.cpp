@@ -117,7 +117,6 @@ void tst_koReferenceFilterModel::filters_data()
     QTest::newRow("file type OBJ") << QStringList{"8:OBJ"} << QString() << "D";
     QTest::newRow("two file types") << QStringList{"8:osb", "8:OBJ"} << QString() << "C D";
     QTest::newRow("keys combine with or") << QStringList{"3", "1"} << QString() << "A B D";
-    QTest::newRow("loaded or missing") << QStringList{"0", "4"} << QString() << "A B C D E F project";
     QTest::newRow("search in the name column") << QStringList() << "a.obj" << "A";
     QTest::newRow("search in the smart location") << QStringList() << "c.osb" << "C";
     QTest::newRow("search in the source location") << QStringList() << "d.OBJ" << "D";

@@ -208,8 +208,6 @@ void tst_koReferencePreferencesGUII::roundTrip_data()
                                          << none << "false";
     QTest::newRow("notification at session start") << notificationKey << QVariant(2) << "m_changeNotificationMode"
                                                    << "At session start only" << none << "2";
-    QTest::newRow("notification off") << notificationKey << QVariant(0) << "m_changeNotificationMode" << "Off"
-                                      << none << "0";
     QTest::newRow("unknown notification mode") << notificationKey << QVariant(7) << "m_changeNotificationMode"
                                                << "<none>" << none << "0";
     QTest::newRow("notification chosen") << notificationKey << QVariant(1) << "m_changeNotificationMode" << "Always"
@@ -352,10 +350,6 @@ void tst_koReferencePreferencesGUII::enabledStatesFollowTheWidgets_data()
     QTest::newRow("custom chosen") << true << 0 << QStringList{"m_smartReferenceStore=Custom"} << true << true;
     QTest::newRow("source file location chosen")
         << true << 1 << QStringList{"m_smartReferenceStore=Source file location"} << true << false;
-    QTest::newRow("both switched") << false << 1
-                                   << QStringList{"m_changeNotificationEnabled=checked",
-                                                  "m_smartReferenceStore=Source file location"}
-                                   << true << false;
     QTest::newRow("loaded as stored") << false << 1 << QStringList() << false << true;
 }
 

@@ -125,7 +125,7 @@ const QMap<QString, QString> confirmationTexts{
 
 kodReferenceNode reference(const QString& name)
 {
-    return kodReferenceNode(koTestHost::findNode(name).getObjectId());
+    return koTestHost::findReference(name);
 }
 
 QList<kodReferenceNode> references(const QStringList& names)

@@ -26,7 +26,6 @@ private slots:
     void replace();
 
 private:
-    kodNode node(const QString& name) const;
     QString relative(const QString& path) const;
     QString describe(const kodReferenceNode& reference) const;
 
@@ -61,7 +60,7 @@ void tst_koReferenceCreateCommands::init()
          koTestHost::reference("Both", "smart/both.kpr", "parts/b.obj"),
          koTestHost::reference("Fresh", QString(), "parts/c.stl")});
     QVERIFY(koService<koFileIOService>()->loadProject(project));
-    koService<koReferenceService>()->convertToSmartReference(node(QStringLiteral("Fresh")));
+    koService<koReferenceService>()->convertToSmartReference(koTestHost::findNode(QStringLiteral("Fresh")));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
     koService<koLogService>()->clear();
@@ -70,18 +69,6 @@ void tst_koReferenceCreateCommands::init()
 void tst_koReferenceCreateCommands::cleanup()
 {
     m_module.reset();
-}
-
-kodNode tst_koReferenceCreateCommands::node(const QString& name) const
-{
-    QList<kodNode> pending{kodReferenceNode(koService<koReferenceService>()->getSceneReferences().value(0))};
-    while (!pending.isEmpty()) {
-        const kodNode candidate = pending.takeFirst();
-        if (candidate.getName() == name)
-            return candidate;
-        pending += candidate.getChildren();
-    }
-    return kodNode();
 }
 
 QString tst_koReferenceCreateCommands::relative(const QString& path) const
@@ -146,9 +133,9 @@ void tst_koReferenceCreateCommands::create()
     files.answer(answer);
     const QByteArray before = koTestHost::sceneSnapshot();
     const int undoSteps = koUndoStack::the()->count();
-    const kodNode holder = node(QStringLiteral("Holder"));
+    const kodNode holder = koTestHost::findNode(QStringLiteral("Holder"));
 
-    m_module->createReference(source, fromFile, {holder, node(QStringLiteral("Smart"))});
+    m_module->createReference(source, fromFile, {holder, koTestHost::findNode(QStringLiteral("Smart"))});
 
     QCOMPARE(files.calls().size(), expectedCaption.isEmpty() ? 0 : 1);
     if (!expectedCaption.isEmpty()) {
@@ -279,7 +266,7 @@ void tst_koReferenceCreateCommands::replace()
 
     QList<kodNode> selection;
     for (const QString& name : target.split(QLatin1Char(',')))
-        selection.append(node(name));
+        selection.append(koTestHost::findNode(name));
     const kodReferenceNode reference(selection.first().getObjectId());
     if (changed)
         reference.getChild(0).setName(QStringLiteral("Edited"));

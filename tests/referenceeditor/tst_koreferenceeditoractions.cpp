@@ -10,7 +10,6 @@
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
-#include <kovis/koNodeService.h>
 #include <kovis/koPlatformService.h>
 #include <kovis/koReferenceService.h>
 
@@ -52,8 +51,7 @@ namespace {
 
 kodReferenceNode reference(const QString& name)
 {
-    const kodNode root = koService<koNodeService>()->getRootNode();
-    return kodReferenceNode((root.getName() == name ? root : koTestHost::findNode(name)).getObjectId());
+    return koTestHost::findReference(name);
 }
 
 // Marks an expectation as "every entry but these".

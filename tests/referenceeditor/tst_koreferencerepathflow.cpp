@@ -9,7 +9,6 @@
 #include <kovis/koFileIOService.h>
 #include <kovis/koInternalUiService.h>
 #include <kovis/koKernelServiceFactory.h>
-#include <kovis/koReferenceService.h>
 #include <kovis/koUndoStack.h>
 
 #include <QDir>
@@ -31,7 +30,6 @@ private slots:
     void dialogStartsFresh();
 
 private:
-    kodReferenceNode reference(const QString& name) const;
     QString links() const;
     QString relative(const QString& path) const;
 
@@ -80,16 +78,6 @@ void tst_koReferenceRepathFlow::cleanup()
     QDir(m_host.path(QStringLiteral("new"))).removeRecursively();
 }
 
-kodReferenceNode tst_koReferenceRepathFlow::reference(const QString& name) const
-{
-    for (const kodReferenceNode& candidate :
-         koService<koReferenceService>()->getSceneReferences()) {
-        if (candidate.getName() == name)
-            return candidate;
-    }
-    return kodReferenceNode();
-}
-
 QString tst_koReferenceRepathFlow::relative(const QString& path) const
 {
     return path.isEmpty() ? QStringLiteral("-") : QDir(m_host.path(QString())).relativeFilePath(path);
@@ -99,7 +87,7 @@ QString tst_koReferenceRepathFlow::links() const
 {
     QStringList links;
     for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
-        const kodReferenceNode node = reference(name);
+        const kodReferenceNode node = koTestHost::findReference(name);
         links.append(name + QLatin1Char('=') + relative(node.getSmartPath()) + QLatin1Char(',')
                      + relative(node.getSourcePath()));
     }
@@ -162,7 +150,7 @@ void tst_koReferenceRepathFlow::repath()
         m_host.writeFile(file, "o X\n");
     QList<kodReferenceNode> selection;
     for (const QString& name : qAsConst(nodes))
-        selection.append(reference(name));
+        selection.append(koTestHost::findReference(name));
     QCoreApplication::processEvents();
     const int undoSteps = koUndoStack::the()->count();
     QSignalSpy reloads(m_module->referenceModel(), &QAbstractItemModel::layoutChanged);
@@ -224,7 +212,7 @@ void tst_koReferenceRepathFlow::requestsChooseTheLinks()
     koDialogDriver driver;
     answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});
     auto* ui = koService<koInternalUiService>();
-    const QList<kodReferenceNode> nodes{reference(QStringLiteral("A"))};
+    const QList<kodReferenceNode> nodes{koTestHost::findReference(QStringLiteral("A"))};
     if (request == "references")
         emit ui->requestUiRepathReferences(nodes);
     else if (request == "smarts")

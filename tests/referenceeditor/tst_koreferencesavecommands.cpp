@@ -160,13 +160,7 @@ void tst_koReferenceSaveCommands::prepare(const QStringList& steps)
 
 kodReferenceNode tst_koReferenceSaveCommands::reference(const QString& name) const
 {
-    if (m_handles.contains(name))
-        return m_handles.value(name);
-    for (const kodReferenceNode& candidate : koService<koReferenceService>()->getSceneReferences()) {
-        if (candidate.getName() == name)
-            return candidate;
-    }
-    return kodReferenceNode();
+    return m_handles.contains(name) ? m_handles.value(name) : koTestHost::findReference(name);
 }
 
 QList<kodReferenceNode> tst_koReferenceSaveCommands::references(const QStringList& names) const

@@ -1,4 +1,5 @@
 #include "koDialogDriver.h"
+#include "koInstalledService.h"
 #include "koReferenceCommands.h"
 #include "koReferenceEditorActions.h"
 #include "koReferenceEditorModule.h"
@@ -84,20 +85,6 @@ public:
     QByteArray ids;
 };
 
-// Stands in for a service of the registry while it lives.
-template<class Service>
-class Installed
-{
-public:
-    explicit Installed(Service* service)
-        : m_previous(koKernelServiceFactory::the()->registerService<Service>(service))
-    {
-    }
-    ~Installed() { koKernelServiceFactory::the()->registerService<Service>(static_cast<Service*>(m_previous)); }
-
-private:
-    koBaseService* m_previous;
-};
 
 class UrlCatcher : public QObject
 {
@@ -196,7 +183,7 @@ private:
 
     koTestHost m_host;
     std::unique_ptr<RecordingReferences> m_references;
-    std::unique_ptr<Installed<koReferenceService>> m_installed;
+    std::unique_ptr<koInstalledService<koReferenceService>> m_installed;
     std::unique_ptr<koReferenceEditorModule> m_module;
 };
 
@@ -204,7 +191,7 @@ void tst_koReferenceCommands::init()
 {
     QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     m_references = std::make_unique<RecordingReferences>();
-    m_installed = std::make_unique<Installed<koReferenceService>>(m_references.get());
+    m_installed = std::make_unique<koInstalledService<koReferenceService>>(m_references.get());
     m_references->setShowConvertToSmartWarning(false);
     koUndoStack::the()->clear();
     m_module = std::make_unique<koReferenceEditorModule>();
@@ -552,7 +539,7 @@ void tst_koReferenceCommands::hostRequestsRunTheFlows()
 void tst_koReferenceCommands::selectNodesSendsTheCompressedIds()
 {
     RecordingTree tree;
-    Installed<koTreeService> installed(&tree);
+    koInstalledService<koTreeService> installed(&tree);
     select({"Frame", "Bell", "Mudguard"});
     const QList<kodNode> nodes = m_module->nodeSelectionModel()->getAllSelectedNodes();
 

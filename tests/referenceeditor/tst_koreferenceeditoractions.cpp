@@ -3,6 +3,7 @@
 #include "koReferenceFilterMenu.h"
 #include "koReferenceFilterModel.h"
 #include "koDialogDriver.h"
+#include "koInstalledService.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
 
@@ -251,9 +252,8 @@ void tst_koReferenceEditorActions::rulesRunOnSelectionReloadAndContextMenu()
 void tst_koReferenceEditorActions::fileButtonsFollowThePlatform()
 {
     ScaledPlatform platform;
-    koBaseService* previous = koKernelServiceFactory::the()->registerService<koPlatformService>(&platform);
+    const koInstalledService<koPlatformService> installed(&platform);
     koReferenceEditorModule module;
-    koKernelServiceFactory::the()->registerService<koPlatformService>(static_cast<koPlatformService*>(previous));
 
     // All eight are set up alike; one stands for the scaled size.
     QCOMPARE(module.m_smartRelink->size(), QSize(34, 47));

@@ -1,3 +1,4 @@
+#include "koInstalledService.h"
 #include "koReferencePreferencesGUII.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
@@ -136,26 +137,6 @@ private:
     {
         calls << QStringLiteral("%1(%2)").arg(QLatin1String(operation), value.toString());
     }
-};
-
-// The recorder stands in for the host's reference service while it lives.
-class ScopedRecordingService
-{
-public:
-    ScopedRecordingService()
-        : m_previous(koKernelServiceFactory::the()->registerService<koReferenceService>(&recorder))
-    {
-    }
-    ~ScopedRecordingService()
-    {
-        koKernelServiceFactory::the()->registerService<koReferenceService>(
-            static_cast<koReferenceService*>(m_previous));
-    }
-
-    RecordingReferenceService recorder;
-
-private:
-    koBaseService* m_previous;
 };
 
 } // namespace
@@ -329,10 +310,11 @@ void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys()
     for (const QString& key : storeOrder)
         QVERIFY2(koService<koPreferencesService>()->isChanged(key) == changedKeys.contains(key), qPrintable(key));
 
-    ScopedRecordingService service;
+    RecordingReferenceService recorder;
+    const koInstalledService<koReferenceService> installed(&recorder);
     page.applyChanges();
 
-    QCOMPARE(service.recorder.calls, calls);
+    QCOMPARE(recorder.calls, calls);
 }
 
 void tst_koReferencePreferencesGUII::enabledStatesFollowTheWidgets_data()

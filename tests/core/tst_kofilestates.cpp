@@ -23,7 +23,6 @@ private slots:
     void monitoringAnnouncesEachChangeOnce();
     void monitoringRunsAtItsInterval();
     void monitoringFollowsChangedLinks();
-    void ownerAndDatesComeFromTheDisk();
 
 private:
 
@@ -176,19 +175,6 @@ void tst_koFileStates::monitoringFollowsChangedLinks()
     koService<koReferenceService>()->checkFiles();
     QCOMPARE(changed.count(), 1);
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::Missing);
-}
-
-void tst_koFileStates::ownerAndDatesComeFromTheDisk()
-{
-    const QString smartFile = m_host.writeProject(QStringLiteral("part.kpr"), {});
-    koTestHost::setModified(smartFile, past);
-    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
-
-    QCOMPARE(reference.getSmartLastModified(), past);
-    QCOMPARE(reference.getSmartOwner(), QFileInfo(smartFile).owner());
-    QVERIFY(reference.getSmartCreationDate().isValid());
-    QVERIFY(reference.getSourceLastModified().isNull());
-    QVERIFY(reference.getSourceOwner().isEmpty());
 }
 
 QTEST_MAIN(tst_koFileStates)

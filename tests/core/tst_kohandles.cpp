@@ -16,7 +16,6 @@ private slots:
     void typeTests_data();
     void typeTests();
     void identityIsTheObjectId();
-    void variantsCarryNodes();
     void staleHandleIsHarmless_data();
     void staleHandleIsHarmless();
     void lockAndVisibilityFollowAncestors();
@@ -72,18 +71,6 @@ void tst_koHandles::identityIsTheObjectId()
     QSet<kodNode> set{group, copy, koService<koNodeService>()->getRootNode()};
     QCOMPARE(set.size(), 2);
     QVERIFY(kodReferenceNode(0).isNull());
-}
-
-void tst_koHandles::variantsCarryNodes()
-{
-    const kodReferenceNode reference = koService<koReferenceService>()->createReference(kodNode());
-    const QVariant variant = QVariant::fromValue(kodNode(reference.getObjectId()));
-
-    QCOMPARE(variant.typeName(), "kodNode");
-    QCOMPARE(QMetaType::type("kodNode"), qMetaTypeId<kodNode>());
-    QCOMPARE(variant.value<kodNode>(), kodNode(reference.getObjectId()));
-    QCOMPARE(variant.value<kodReferenceNode>().getName(), reference.getName());
-    QVERIFY(QVariant().value<kodReferenceNode>().isNull());
 }
 
 void tst_koHandles::staleHandleIsHarmless_data()

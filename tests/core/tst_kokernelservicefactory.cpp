@@ -47,7 +47,6 @@ private slots:
     void lookUpReportsWhatIsMissing_data();
     void lookUpReportsWhatIsMissing();
     void registeringReplacesAndReturnsThePrevious();
-    void theRegistryIsOnePerProcess();
 };
 
 void tst_koKernelServiceFactory::lookUpReportsWhatIsMissing_data()
@@ -97,11 +96,6 @@ void tst_koKernelServiceFactory::registeringReplacesAndReturnsThePrevious()
     QCOMPARE(factory->registerService<koProbeService>(&second), &first);
     QCOMPARE(factory->getServiceOrNull<koProbeService>(), &second);
     factory->unregisterService<koProbeService>();
-}
-
-void tst_koKernelServiceFactory::theRegistryIsOnePerProcess()
-{
-    QCOMPARE(koKernelServiceFactory::the(), koKernelServiceFactory::the());
 }
 
 QTEST_MAIN(tst_koKernelServiceFactory)

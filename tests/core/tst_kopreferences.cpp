@@ -43,31 +43,44 @@ void tst_koPreferences::valuesPersistAcrossSessions()
 
 void tst_koPreferences::changeTracking_data()
 {
-    QTest::addColumn<int>("stored");
-    QTest::addColumn<int>("written");
+    // An invalid stored value leaves the key absent.
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<QVariant>("written");
     QTest::addColumn<bool>("flag");
     QTest::addColumn<bool>("changed");
 
-    QTest::newRow("new value with flag") << 5 << 7 << true << true;
-    QTest::newRow("same value with flag") << 5 << 5 << true << false;
-    QTest::newRow("new value without flag") << 5 << 7 << false << false;
+    QTest::newRow("new value with flag") << QVariant(5) << QVariant(7) << true << true;
+    QTest::newRow("same value with flag") << QVariant(5) << QVariant(5) << true << false;
+    QTest::newRow("new value without flag") << QVariant(5) << QVariant(7) << false << false;
+    QTest::newRow("first value with flag") << QVariant() << QVariant(true) << true << true;
+    QTest::newRow("emptied text with flag") << QVariant("a") << QVariant(QString()) << true << true;
 }
 
 void tst_koPreferences::changeTracking()
 {
-    QFETCH(int, stored);
-    QFETCH(int, written);
+    QFETCH(QVariant, stored);
+    QFETCH(QVariant, written);
     QFETCH(bool, flag);
     QFETCH(bool, changed);
 
     QTemporaryDir folder;
     koPreferencesService preferences(folder.filePath(QStringLiteral("prefs.ini")));
-    preferences.setIntValue(QStringLiteral("key"), stored, false);
-    preferences.setIntValue(QStringLiteral("key"), written, flag);
-    QCOMPARE(preferences.isChanged(QStringLiteral("key")), changed);
-    QCOMPARE(preferences.getIntValue(QStringLiteral("key"), -1), written);
-    preferences.clearChanged(QStringLiteral("key"));
-    QVERIFY(!preferences.isChanged(QStringLiteral("key")));
+    const QString key = QStringLiteral("key");
+    const auto write = [&](const QVariant& value, bool markChanged) {
+        if (value.userType() == QMetaType::Bool)
+            preferences.setBoolValue(key, value.toBool(), markChanged);
+        else if (value.userType() == QMetaType::Int)
+            preferences.setIntValue(key, value.toInt(), markChanged);
+        else
+            preferences.setStringValue(key, value.toString(), markChanged);
+    };
+    if (stored.isValid())
+        write(stored, false);
+    write(written, flag);
+    QCOMPARE(preferences.isChanged(key), changed);
+    QCOMPARE(preferences.getStringValue(key, QStringLiteral("<absent>")), written.toString());
+    preferences.clearChanged(key);
+    QVERIFY(!preferences.isChanged(key));
 }
 
 void tst_koPreferences::appliedCategoryReachesTheReferenceService()

@@ -36,19 +36,12 @@ namespace {
 
 kodNode byName(const QString& name)
 {
-    QList<kodNode> pending{koService<koNodeService>()->getRootNode()};
-    while (!pending.isEmpty()) {
-        const kodNode node = pending.takeFirst();
-        if (node.getName() == name)
-            return node;
-        pending += node.getChildren();
-    }
-    return kodNode();
+    return koTestHost::findNode(name);
 }
 
 kodReferenceNode referenceNamed(const QString& name)
 {
-    return kodReferenceNode(byName(name).getObjectId());
+    return koTestHost::findReference(name);
 }
 
 } // namespace

@@ -83,7 +83,6 @@ class tst_koitemmodel : public QObject
     Q_OBJECT
 
 private slots:
-    void reloadBuildsTheSceneTree();
     void singleItemEdit_data();
     void singleItemEdit();
     void resetsKeepTheModelConsistent();
@@ -94,21 +93,6 @@ private slots:
     void dropMovesNodes_data();
     void dropMovesNodes();
 };
-
-void tst_koitemmodel::reloadBuildsTheSceneTree()
-{
-    koTestHost host;
-    Scene scene;
-    Watched watched(scene.root);
-
-    QCOMPARE(childNames(watched.model, {}), (QStringList{"A", "B", "C"}));
-    const QModelIndex a = watched.indexOf(scene.a);
-    QCOMPARE(childNames(watched.model, a), (QStringList{"A1", "A2"}));
-    QCOMPARE(a.data(Qt::UserRole).value<kodNode>(), scene.a);
-    QCOMPARE(a.siblingAtColumn(1).data(Qt::UserRole).value<kodNode>(), scene.a);
-    QVERIFY(!a.data(Qt::DecorationRole).value<QIcon>().isNull());
-    QCOMPARE(watched.model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Extra"));
-}
 
 void tst_koitemmodel::singleItemEdit_data()
 {
@@ -177,6 +161,8 @@ void tst_koitemmodel::singleItemEdit()
     const QModelIndex a = watched.indexOf(scene.a);
     QCOMPARE(a.data().toString(), scene.a.getName());
     QCOMPARE(childNames(watched.model, a), rowsOfA);
+    QCOMPARE(a.siblingAtColumn(1).data(Qt::UserRole).value<kodNode>(), scene.a);
+    QVERIFY(!a.data(Qt::DecorationRole).value<QIcon>().isNull());
     QCOMPARE(childNames(watched.model, watched.indexOf(scene.b)), rowsOfB);
     QVERIFY(std::any_of(changed.cbegin(), changed.cend(),
                         [&a](const QList<QVariant>& arguments) { return arguments.at(0).toModelIndex() == a; }));
@@ -200,6 +186,7 @@ void tst_koitemmodel::resetsKeepTheModelConsistent()
 
     watched.model.setRootItem(new koNodeModelItem(scene.b));
     QCOMPARE(childNames(watched.model, {}), QStringList{"B1"});
+    QCOMPARE(watched.model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Extra"));
     koService<koNodeService>()->createGroupNode(scene.b, QStringLiteral("B2"));
     watched.model.reload();
     QCOMPARE(childNames(watched.model, {}), (QStringList{"B1", "B2"}));

@@ -49,58 +49,9 @@ class tst_kopreferencescategory : public QObject
     Q_OBJECT
 
 private slots:
-    void changeTracking_data();
-    void changeTracking();
     void notificationsReachOnlyTheirCategory();
     void registryListsEachCategoryOnce();
 };
-
-void tst_kopreferencescategory::changeTracking_data()
-{
-    QTest::addColumn<QVariant>("stored");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<bool>("markChanged");
-    QTest::addColumn<bool>("changed");
-
-    QTest::newRow("first value, marked") << QVariant() << QVariant(true) << true << true;
-    QTest::newRow("new value, unmarked") << QVariant(5) << QVariant(7) << false << false;
-    QTest::newRow("same value, marked") << QVariant(5) << QVariant(5) << true << false;
-    QTest::newRow("emptied text, marked") << QVariant("a") << QVariant(QString()) << true << true;
-}
-
-void tst_kopreferencescategory::changeTracking()
-{
-    QFETCH(QVariant, stored);
-    QFETCH(QVariant, value);
-    QFETCH(bool, markChanged);
-    QFETCH(bool, changed);
-
-    koTestHost host;
-    koPreferencesCategory category(QStringLiteral("Tracking"));
-    const QString key = uniqueKey(QStringLiteral("value"));
-    const auto set = [&](const QVariant& v, bool mark) {
-        if (v.userType() == QMetaType::Bool)
-            category.setBoolValue(key, v.toBool(), mark);
-        else if (v.userType() == QMetaType::Int)
-            category.setIntValue(key, v.toInt(), mark);
-        else
-            category.setStringValue(key, v.toString(), mark);
-    };
-    if (stored.isValid())
-        set(stored, false);
-    QVERIFY(!category.isChanged(key));
-
-    set(value, markChanged);
-
-    QCOMPARE(category.isChanged(key), changed);
-    QCOMPARE(koService<koPreferencesService>()->isChanged(key), changed);
-    if (value.userType() == QMetaType::Bool)
-        QCOMPARE(category.getBoolValue(key, !value.toBool()), value.toBool());
-    else if (value.userType() == QMetaType::Int)
-        QCOMPARE(category.getIntValue(key, -1), value.toInt());
-    else
-        QCOMPARE(category.getStringValue(key, QStringLiteral("fallback")), value.toString());
-}
 
 void tst_kopreferencescategory::notificationsReachOnlyTheirCategory()
 {

@@ -1,4 +1,5 @@
 #include "koDialogDriver.h"
+#include "koInstalledService.h"
 #include "koReferenceCommands.h"
 #include "koReferenceEditorActions.h"
 #include "koReferenceEditorModule.h"
@@ -16,6 +17,7 @@
 
 #include <QCheckBox>
 #include <QDesktopServices>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QSignalSpy>
@@ -83,20 +85,6 @@ public:
     QByteArray ids;
 };
 
-// Stands in for a service of the registry while it lives.
-template<class Service>
-class Installed
-{
-public:
-    explicit Installed(Service* service)
-        : m_previous(koKernelServiceFactory::the()->registerService<Service>(service))
-    {
-    }
-    ~Installed() { koKernelServiceFactory::the()->registerService<Service>(static_cast<Service*>(m_previous)); }
-
-private:
-    koBaseService* m_previous;
-};
 
 class UrlCatcher : public QObject
 {
@@ -124,7 +112,7 @@ const QMap<QString, QString> confirmationTexts{
 
 kodReferenceNode reference(const QString& name)
 {
-    return kodReferenceNode(koTestHost::findNode(name).getObjectId());
+    return koTestHost::findReference(name);
 }
 
 QList<kodReferenceNode> references(const QStringList& names)
@@ -195,7 +183,7 @@ private:
 
     koTestHost m_host;
     std::unique_ptr<RecordingReferences> m_references;
-    std::unique_ptr<Installed<koReferenceService>> m_installed;
+    std::unique_ptr<koInstalledService<koReferenceService>> m_installed;
     std::unique_ptr<koReferenceEditorModule> m_module;
 };
 
@@ -203,7 +191,7 @@ void tst_koReferenceCommands::init()
 {
     QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     m_references = std::make_unique<RecordingReferences>();
-    m_installed = std::make_unique<Installed<koReferenceService>>(m_references.get());
+    m_installed = std::make_unique<koInstalledService<koReferenceService>>(m_references.get());
     m_references->setShowConvertToSmartWarning(false);
     koUndoStack::the()->clear();
     m_module = std::make_unique<koReferenceEditorModule>();
@@ -551,7 +539,7 @@ void tst_koReferenceCommands::hostRequestsRunTheFlows()
 void tst_koReferenceCommands::selectNodesSendsTheCompressedIds()
 {
     RecordingTree tree;
-    Installed<koTreeService> installed(&tree);
+    koInstalledService<koTreeService> installed(&tree);
     select({"Frame", "Bell", "Mudguard"});
     const QList<kodNode> nodes = m_module->nodeSelectionModel()->getAllSelectedNodes();
 
@@ -597,13 +585,17 @@ void tst_koReferenceCommands::sceneInformationSumsTheLinks()
     koDialogDriver driver;
     driver.handleDialog([&](QDialog* dialog) {
         title = dialog->windowTitle();
-        for (const QLabel* label : dialog->findChildren<QLabel*>()) {
-            if (label->objectName() == QLatin1String("infoSection"))
-                shown << "# " + label->text();
-            else if (label->objectName() == QLatin1String("infoLabel"))
-                shown << label->text();
-            else if (label->objectName() == QLatin1String("infoValue"))
-                shown.last() += ": " + label->text();
+        // Read as a reader sees it: top to bottom, each value beside its label, a
+        // section title across both columns.
+        const auto* grid = dialog->findChild<QGridLayout*>(QStringLiteral("infoGrid"));
+        QVERIFY(grid);
+        for (int row = 0; row < grid->rowCount(); ++row) {
+            QLayoutItem* left = grid->itemAtPosition(row, 0);
+            QLayoutItem* right = grid->itemAtPosition(row, 1);
+            QVERIFY2(left && right, "a gap in the grid");
+            const auto* label = qobject_cast<QLabel*>(left->widget());
+            const auto* value = qobject_cast<QLabel*>(right->widget());
+            shown << (label == value ? "# " + label->text() : label->text() + ": " + value->text());
         }
         dialog->accept();
     });

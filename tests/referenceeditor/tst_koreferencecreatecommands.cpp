@@ -26,7 +26,6 @@ private slots:
     void replace();
 
 private:
-    kodNode node(const QString& name) const;
     QString relative(const QString& path) const;
     QString describe(const kodReferenceNode& reference) const;
 
@@ -46,6 +45,7 @@ void tst_koReferenceCreateCommands::init()
 {
     m_host.writeFile(QStringLiteral("parts/a.obj"), "o A\nv 0 0 0\n");
     m_host.writeFile(QStringLiteral("parts/b.obj"), "o B\nv 0 0 0\n");
+    m_host.writeFile(QStringLiteral("parts/b.v2.obj"), "o B\nv 0 0 0\n");
     m_host.writeFile(QStringLiteral("parts/c.stl"), "solid c\nendsolid c\n");
     m_host.writeProject(QStringLiteral("smart/current.kpr"), {koTestHost::geometry("Current")});
     m_host.writeProject(QStringLiteral("smart/other.kpr"), {koTestHost::geometry("Other")});
@@ -60,7 +60,7 @@ void tst_koReferenceCreateCommands::init()
          koTestHost::reference("Both", "smart/both.kpr", "parts/b.obj"),
          koTestHost::reference("Fresh", QString(), "parts/c.stl")});
     QVERIFY(koService<koFileIOService>()->loadProject(project));
-    koService<koReferenceService>()->convertToSmartReference(node(QStringLiteral("Fresh")));
+    koService<koReferenceService>()->convertToSmartReference(koTestHost::findNode(QStringLiteral("Fresh")));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
     koService<koLogService>()->clear();
@@ -69,18 +69,6 @@ void tst_koReferenceCreateCommands::init()
 void tst_koReferenceCreateCommands::cleanup()
 {
     m_module.reset();
-}
-
-kodNode tst_koReferenceCreateCommands::node(const QString& name) const
-{
-    QList<kodNode> pending{kodReferenceNode(koService<koReferenceService>()->getSceneReferences().value(0))};
-    while (!pending.isEmpty()) {
-        const kodNode candidate = pending.takeFirst();
-        if (candidate.getName() == name)
-            return candidate;
-        pending += candidate.getChildren();
-    }
-    return kodNode();
 }
 
 QString tst_koReferenceCreateCommands::relative(const QString& path) const
@@ -122,8 +110,9 @@ void tst_koReferenceCreateCommands::create_data()
         << QStringList{"other smart/other.kpr -", "shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
     QTest::newRow("smart references, nothing picked")
         << false << true << QStringList() << "Create Smart Reference" << smartFilter << QStringList();
-    QTest::newRow("source reference") << true << true << QStringList{"parts/b.obj"} << "Load Source Reference"
-                                      << importFilter << QStringList{"b - parts/b.obj"};
+    // Named after the file without its last suffix only.
+    QTest::newRow("source reference") << true << true << QStringList{"parts/b.v2.obj"} << "Load Source Reference"
+                                      << importFilter << QStringList{"b.v2 - parts/b.v2.obj"};
     QTest::newRow("source reference, nothing picked")
         << true << true << QStringList() << "Load Source Reference" << importFilter << QStringList();
 }
@@ -144,9 +133,9 @@ void tst_koReferenceCreateCommands::create()
     files.answer(answer);
     const QByteArray before = koTestHost::sceneSnapshot();
     const int undoSteps = koUndoStack::the()->count();
-    const kodNode holder = node(QStringLiteral("Holder"));
+    const kodNode holder = koTestHost::findNode(QStringLiteral("Holder"));
 
-    m_module->createReference(source, fromFile, {holder, node(QStringLiteral("Smart"))});
+    m_module->createReference(source, fromFile, {holder, koTestHost::findNode(QStringLiteral("Smart"))});
 
     QCOMPARE(files.calls().size(), expectedCaption.isEmpty() ? 0 : 1);
     if (!expectedCaption.isEmpty()) {
@@ -155,8 +144,12 @@ void tst_koReferenceCreateCommands::create()
         QCOMPARE(files.calls().first().dir, QString());
     }
     QStringList created;
-    for (const kodNode& child : holder.getChildren())
-        created.append(describe(kodReferenceNode(child.getObjectId())));
+    for (const kodNode& child : holder.getChildren()) {
+        const kodReferenceNode reference(child.getObjectId());
+        created.append(describe(reference));
+        // A source reference comes with its geometry imported.
+        QVERIFY(!source || reference.getChildCount() > 0);
+    }
     QCOMPARE(created, expectedReferences);
     QCOMPARE(koUndoStack::the()->count(), undoSteps + (created.isEmpty() ? 0 : 1));
     if (created.isEmpty())
@@ -273,7 +266,7 @@ void tst_koReferenceCreateCommands::replace()
 
     QList<kodNode> selection;
     for (const QString& name : target.split(QLatin1Char(',')))
-        selection.append(node(name));
+        selection.append(koTestHost::findNode(name));
     const kodReferenceNode reference(selection.first().getObjectId());
     if (changed)
         reference.getChild(0).setName(QStringLiteral("Edited"));

@@ -6,7 +6,6 @@
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
-#include <kovis/koNodeService.h>
 #include <kovis/koObjectService.h>
 #include <kovis/koReferenceService.h>
 
@@ -37,9 +36,6 @@ private slots:
     void modelsStayConsistentInTheWindow();
 
 private:
-    void settle();
-    kodReferenceNode reference(const QString& name) const;
-
     koTestHost m_host;
     std::unique_ptr<koReferenceEditorModule> m_module;
 };
@@ -59,6 +55,11 @@ struct ReloadCounter
     QSignalSpy resets;
     QSignalSpy layouts;
 };
+
+kodReferenceNode reference(const QString& name)
+{
+    return koTestHost::findReference(name);
+}
 
 QStringList names(const QList<kodNode>& nodes)
 {
@@ -92,27 +93,12 @@ void tst_koReferenceEditorModule::init()
 {
     QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
     m_module = std::make_unique<koReferenceEditorModule>();
-    settle();
+    koTestHost::settle();
 }
 
 void tst_koReferenceEditorModule::cleanup()
 {
     m_module.reset();
-}
-
-void tst_koReferenceEditorModule::settle()
-{
-    QCoreApplication::processEvents();
-    QCoreApplication::processEvents();
-}
-
-kodReferenceNode tst_koReferenceEditorModule::reference(const QString& name) const
-{
-    for (const kodReferenceNode& candidate : koService<koReferenceService>()->getSceneReferences()) {
-        if (candidate.getName() == name)
-            return candidate;
-    }
-    return kodReferenceNode();
 }
 
 void tst_koReferenceEditorModule::burstOfNotificationsCostsOneReload()
@@ -123,7 +109,7 @@ void tst_koReferenceEditorModule::burstOfNotificationsCostsOneReload()
     emit koService<koReferenceService>()->updateMonitoringChanged(true);
     QCOMPARE(reloads.count(), 0);
     QVERIFY(m_module->isReloadPending());
-    settle();
+    koTestHost::settle();
     QCOMPARE(reloads.count(), 1);
     QVERIFY(!m_module->isReloadPending());
 }
@@ -134,16 +120,16 @@ void tst_koReferenceEditorModule::noReloadWhileAProjectLoads()
     emit koService<koFileIOService>()->projectLoad(QStringLiteral("other.kpr"));
     emit koService<koReferenceService>()->referencesChanged({});
     m_module->scheduleReload();
-    settle();
+    koTestHost::settle();
     QCOMPARE(reloads.count(), 0);
 
     emit koService<koFileIOService>()->projectLoadFinished(QStringLiteral("other.kpr"), true);
     emit koService<koReferenceService>()->referencesChanged({});
-    settle();
+    koTestHost::settle();
     QCOMPARE(reloads.count(), 1);
 
     QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
-    settle();
+    koTestHost::settle();
     QCOMPARE(reloads.count(), 2);
 }
 
@@ -173,7 +159,7 @@ void tst_koReferenceEditorModule::sceneSelectionSelectsSharedInstancesInTheList(
     QFETCH(QStringList, expected);
 
     m_module->m_listMode->setCurrentIndex(listMode);
-    settle();
+    koTestHost::settle();
     m_module->show();
     emit koService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Front Wheel"))});
     QStringList selected = names(m_module->nodeSelectionModel()->getAllSelectedNodes());
@@ -213,7 +199,7 @@ void tst_koReferenceEditorModule::sliderRangeFollowsTheGraphDepth()
     if (scene == "none")
         m_module->referenceModel()->clear();
     m_module->scheduleReload();
-    settle();
+    koTestHost::settle();
     QCOMPARE(m_module->m_treeSlider->minimum(), 0);
     QCOMPARE(m_module->m_treeSlider->maximum(), maximum);
 }
@@ -257,10 +243,10 @@ void tst_koReferenceEditorModule::expandedRowsSurviveTheListView()
     QVERIFY(m_module->m_treeView->isExpanded(rowOf(QStringLiteral("Frame"))));
 
     m_module->m_listMode->setCurrentIndex(1);
-    settle();
+    koTestHost::settle();
     QCOMPARE(filter->rowCount(), koService<koReferenceService>()->getSceneReferences().size());
     m_module->m_listMode->setCurrentIndex(0);
-    settle();
+    koTestHost::settle();
 
     QVERIFY(m_module->m_treeView->isExpanded(rowOf(QStringLiteral("Bicycle"))));
     QVERIFY(m_module->m_treeView->isExpanded(rowOf(QStringLiteral("Frame"))));
@@ -287,7 +273,7 @@ void tst_koReferenceEditorModule::createdReferenceIsSelected()
     m_module->show();
     const kodReferenceNode created =
         koService<koReferenceService>()->createReference(reference(QStringLiteral("Frame")));
-    settle();
+    koTestHost::settle();
     QCOMPARE(m_module->nodeSelectionModel()->getAllSelectedNodes(), QList<kodNode>{created});
 }
 
@@ -297,17 +283,17 @@ void tst_koReferenceEditorModule::modelsStayConsistentInTheWindow()
     QAbstractItemModelTester filterTester(m_module->filterModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     m_module->m_treeView->expandAll();
     reference(QStringLiteral("Drivetrain")).unload();
-    settle();
+    koTestHost::settle();
     m_module->filterModel()->setFilterFlag(FilterMissing, true, QString());
     m_module->m_listMode->setCurrentIndex(1);
-    settle();
+    koTestHost::settle();
     m_module->filterModel()->setSearchText(QRegExp(QStringLiteral("wheel"), Qt::CaseInsensitive, QRegExp::FixedString));
     m_module->m_listMode->setCurrentIndex(0);
-    settle();
+    koTestHost::settle();
     QCOMPARE(m_module->filterModel()->rowCount(), 0);
     reference(QStringLiteral("Drivetrain")).load();
     m_module->filterModel()->setSearchText(QRegExp());
-    settle();
+    koTestHost::settle();
     QCOMPARE(m_module->filterModel()->rowCount(), 1);
 }
 

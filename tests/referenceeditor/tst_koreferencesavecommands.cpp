@@ -160,13 +160,7 @@ void tst_koReferenceSaveCommands::prepare(const QStringList& steps)
 
 kodReferenceNode tst_koReferenceSaveCommands::reference(const QString& name) const
 {
-    if (m_handles.contains(name))
-        return m_handles.value(name);
-    for (const kodReferenceNode& candidate : koService<koReferenceService>()->getSceneReferences()) {
-        if (candidate.getName() == name)
-            return candidate;
-    }
-    return kodReferenceNode();
+    return m_handles.contains(name) ? m_handles.value(name) : koTestHost::findReference(name);
 }
 
 QList<kodReferenceNode> tst_koReferenceSaveCommands::references(const QStringList& names) const
@@ -422,17 +416,11 @@ void tst_koReferenceSaveCommands::smartPathsUpdateRequest_data()
     const int refused = QMessageBox::Ok;
     QTest::newRow("nothing unsaved") << QStringList() << "Wheel" << QString() << QString() << QString() << none
                                      << true << QStringList{"Wheel=-"};
-    QTest::newRow("next to the source") << wheel << "Wheel" << QString() << "next" << QString() << none << true
-                                        << QStringList{"Wheel=parts/wheel.kpr"};
     QTest::newRow("reserved path") << wheel << "Wheel" << "parts/wheel.kpr" << "next" << QString() << none << true
                                    << QStringList{"Wheel=parts/wheel_1.kpr"};
     QTest::newRow("only the node's references")
         << QStringList{"convert:Wheel", "convert:Spoke"} << "Assembly" << QString() << "next" << QString() << none
         << true << QStringList{"Wheel=-", "Spoke=parts/spoke.kpr"};
-    QTest::newRow("custom folder") << wheel << "Wheel" << QString() << "custom" << "custom" << none << true
-                                   << QStringList{"Wheel=custom/Wheel.kpr"};
-    QTest::newRow("dialog cancelled") << wheel << "Wheel" << QString() << "reject" << QString() << none << false
-                                      << QStringList{"Wheel=-"};
     QTest::newRow("empty custom folder") << wheel << "Wheel" << QString() << "custom" << QString() << none << false
                                          << QStringList{"Wheel=-"};
     QTest::newRow("custom folder not writable") << wheel << "Wheel" << QString() << "custom" << "blocked.txt/custom"

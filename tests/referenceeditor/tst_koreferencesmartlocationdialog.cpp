@@ -47,7 +47,6 @@ void tst_koReferenceSmartLocationDialog::locationChoice_data()
     QTest::newRow("user picks custom") << 0 << QString() << 1 << 1 << true << QString() << true;
     QTest::newRow("user picks next to source") << 1 << QString() << 0 << 0 << true << QString() << false;
     QTest::newRow("not all have a source") << 0 << "no" << -1 << 1 << false << "Location" << true;
-    QTest::newRow("all have a source") << 1 << "yes" << -1 << 1 << true << QString() << true;
     QTest::newRow("all have a source after all") << 0 << "no,yes" << -1 << 1 << true << QString() << true;
 }
 

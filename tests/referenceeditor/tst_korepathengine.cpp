@@ -94,14 +94,11 @@ void tst_koRepathEngine::findTarget_data()
     QTest::newRow("longest tail wins") << QStringList{"a/f", "parts/a/f", "other/f"} << none << "" << "/X/proj/parts/a/f" << true << "parts/a/f" << false;
     QTest::newRow("tail beats a copy in the new folder") << QStringList{"f", "a/f"} << none << "" << "/X/a/f" << true << "a/f" << false;
     QTest::newRow("only file anywhere") << QStringList{"deep/er/f"} << none << "" << "/X/y/f" << true << "deep/er/f" << false;
-    QTest::newRow("no tail: first met") << QStringList{"p/f", "q/f", "r/f"} << none << "" << "/X/z/f" << true << "" << true;
     QTest::newRow("no tail, copy in new folder: first met") << QStringList{"f", "p/f", "q/f"} << none << "" << "/X/z/f" << true << "" << true;
     QTest::newRow("no sub-folders: top only") << QStringList{"f", "sub/f"} << none << "" << "/X/sub/f" << false << "f" << false;
     QTest::newRow("no sub-folders: nothing on top") << QStringList{"sub/f"} << none << "" << "/X/sub/f" << false << "" << false;
     QTest::newRow("letter case differs") << QStringList{"F", "a/F"} << none << "" << "/X/a/f" << true << "" << false;
     QTest::newRow("path ends in a separator") << QStringList{"dir/f"} << none << "" << "/X/dir/" << true << "" << false;
-    QTest::newRow("spaces and umlauts") << QStringList{"Bau teile/Schraube ü.stp", "Andere Teile/Schraube ü.stp"} << none << ""
-                                       << "/Alt/Bau teile/Schraube ü.stp" << true << "Bau teile/Schraube ü.stp" << false;
     QTest::newRow("new folder not clean") << QStringList{"a/f", "b/f"} << none << "/b/../" << "/X/a/f" << true << "a/f" << false;
     QTest::newRow("link loop is not followed") << QStringList{"a/f", "b/f"} << QStringList{"a/loop>", "b/up>b"} << "" << "/X/b/f" << true << "b/f" << false;
 }

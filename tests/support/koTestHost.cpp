@@ -141,10 +141,12 @@ QByteArray koTestHost::sceneSnapshot()
 
 namespace {
 
-kodNode findBelow(const kodNode& parent, const QString& name)
+kodNode find(const kodNode& node, const QString& name)
 {
-    for (const kodNode& child : parent.getChildren()) {
-        const kodNode found = child.getName() == name ? child : findBelow(child, name);
+    if (node.getName() == name)
+        return node;
+    for (const kodNode& child : node.getChildren()) {
+        const kodNode found = find(child, name);
         if (!found.isNull())
             return found;
     }
@@ -155,7 +157,12 @@ kodNode findBelow(const kodNode& parent, const QString& name)
 
 kodNode koTestHost::findNode(const QString& name)
 {
-    return findBelow(koService<koNodeService>()->getRootNode(), name);
+    return find(koService<koNodeService>()->getRootNode(), name);
+}
+
+kodReferenceNode koTestHost::findReference(const QString& name)
+{
+    return kodReferenceNode(findNode(name).getObjectId());
 }
 
 void koTestHost::settle()

@@ -33,8 +33,9 @@ public:
 
     // The scene as the project file would store it, to compare scenes.
     static QByteArray sceneSnapshot();
-    // The first node below the scene's root with this name, depth first; null if none.
+    // The first node of the scene with this name, its root included, depth first; null if none.
     static kodNode findNode(const QString& name);
+    static kodReferenceNode findReference(const QString& name);
     // Lets the work that the window defers to the event loop (reloads, selections) run.
     static void settle();
 

@@ -1,8 +1,7 @@
 #include "koObjReader.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
+#include "koRegularFile.h"
+
 #include <QFileInfo>
 
 namespace {
@@ -69,17 +68,16 @@ QString argumentOf(const QByteArray& line, int keywordLength)
 
 bool koObjReader::read(const QString& path, koSceneNodeDesc& content, QString* error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        if (error) {
-            *error = QCoreApplication::translate("koObjReader", "%1 cannot be read: %2")
-                         .arg(QDir::toNativeSeparators(path), file.errorString());
-        }
+    koRegularFile file(path);
+    if (!file.open(maxFileSize)) {
+        if (error)
+            *error = file.errorString();
         return false;
     }
     ObjStructure structure{content, QFileInfo(path).completeBaseName()};
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine(64 * 1024).trimmed();
+    QIODevice& device = file.device();
+    while (!device.atEnd()) {
+        const QByteArray line = device.readLine(64 * 1024).trimmed();
         if (line.startsWith("v ") || line.startsWith("v\t"))
             structure.addVertex();
         else if (line.startsWith("f ") || line.startsWith("f\t"))

@@ -11,5 +11,7 @@
 class KOVIS_EXPORT koObjReader
 {
 public:
+    static constexpr qint64 maxFileSize = qint64(2) * 1024 * 1024 * 1024;
+
     static bool read(const QString& path, koSceneNodeDesc& content, QString* error);
 };

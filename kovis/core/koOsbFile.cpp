@@ -1,11 +1,12 @@
 #include "koOsbFile.h"
 
 #include "koProjectFile.h"
+#include "koRegularFile.h"
 
 #include <QCoreApplication>
 #include <QDataStream>
 #include <QDir>
-#include <QFile>
+#include <QtEndian>
 
 namespace {
 
@@ -16,10 +17,24 @@ QString tr(const char* text)
 
 enum class Kind : quint8 { Group = 1, Geometry = 2 };
 
+// QDataStream's length of a null QString.
+constexpr quint32 nullString = 0xffffffff;
+// Kind, null name, visibility, vertex, face and child counts: no node takes fewer bytes.
+constexpr qint64 minimalNodeSize = 1 + 4 + 1 + 4 + 4 + 4;
+
 struct Reader
 {
+    explicit Reader(QDataStream& data)
+        : stream(data)
+    {
+    }
+
     QDataStream& stream;
     quint32 nodesLeft = koOsbFile::maxNodes;
+    // Children declared and not read yet: room is made for them only when the bytes
+    // left could hold them all, so a file cannot make the reader allocate more than
+    // a small multiple of its size.
+    qint64 nodesPending = 0;
     QString error;
 
     bool readNode(koSceneNodeDesc& node, int depth)
@@ -30,23 +45,60 @@ struct Reader
             return fail(tr("the file holds more than %1 nodes").arg(koOsbFile::maxNodes));
         quint8 kind = 0;
         quint32 childCount = 0;
-        stream >> kind >> node.name >> node.visible >> node.vertices >> node.faces >> childCount;
+        stream >> kind;
+        if (!readName(node.name))
+            return false;
+        stream >> node.visible >> node.vertices >> node.faces >> childCount;
         if (stream.status() != QDataStream::Ok)
-            return fail(tr("the file is truncated"));
+            return truncated();
         if (kind != quint8(Kind::Group) && kind != quint8(Kind::Geometry))
             return fail(tr("unknown node kind %1").arg(kind));
-        if (node.name.size() > koProjectFile::maxTextLength)
-            return fail(tr("a node name is longer than %1 characters").arg(koProjectFile::maxTextLength));
         if (childCount > nodesLeft)
-            return fail(tr("the file is truncated"));
+            return fail(tr("the file holds more than %1 nodes").arg(koOsbFile::maxNodes));
+        if ((nodesPending + childCount) * minimalNodeSize > bytesLeft()) {
+            return fail(tr("the file is truncated: a node declares %1 children, the rest of the file holds at most %2")
+                            .arg(childCount)
+                            .arg(bytesLeft() / minimalNodeSize - nodesPending));
+        }
+        nodesPending += childCount;
         node.type = kind == quint8(Kind::Geometry) ? koNodeType::Geometry : koNodeType::Group;
         node.children.resize(int(childCount));
         for (koSceneNodeDesc& child : node.children) {
+            --nodesPending;
             if (!readNode(child, depth + 1))
                 return false;
         }
         return true;
     }
+
+    // The name as QDataStream writes a QString (a byte length, then UTF-16), with the
+    // length checked before anything is allocated for it.
+    bool readName(QString& name)
+    {
+        quint32 bytes = 0;
+        stream >> bytes;
+        if (stream.status() != QDataStream::Ok)
+            return truncated();
+        if (bytes == nullString) {
+            name = QString();
+            return true;
+        }
+        if (bytes % 2 != 0)
+            return fail(tr("a node name has an odd number of bytes"));
+        if (bytes / 2 > quint32(koProjectFile::maxTextLength))
+            return fail(tr("a node name is longer than %1 characters").arg(koProjectFile::maxTextLength));
+        if (bytes > bytesLeft())
+            return truncated();
+        QByteArray utf16(int(bytes), Qt::Uninitialized);
+        stream.readRawData(utf16.data(), int(bytes));
+        name.resize(int(bytes / 2));
+        qFromBigEndian<char16_t>(utf16.constData(), name.size(), name.data());
+        return true;
+    }
+
+    qint64 bytesLeft() const { return stream.device()->bytesAvailable(); }
+
+    bool truncated() { return fail(tr("the file is truncated")); }
 
     bool fail(const QString& message)
     {
@@ -69,14 +121,11 @@ void writeNode(QDataStream& stream, const koSceneNodeDesc& node)
 
 bool koOsbFile::read(const QString& path, koSceneNodeDesc& root, QString* error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        if (error)
-            *error = tr("%1 cannot be read: %2").arg(QDir::toNativeSeparators(path), file.errorString());
+    QByteArray data;
+    if (!koRegularFile::read(path, maxFileSize, data, error))
         return false;
-    }
     QString message;
-    if (parse(file.readAll(), root, &message))
+    if (parse(data, root, &message))
         return true;
     if (error)
         *error = tr("%1 is not a valid geometry file: %2").arg(QDir::toNativeSeparators(path), message);
@@ -90,7 +139,7 @@ bool koOsbFile::parse(const QByteArray& data, koSceneNodeDesc& root, QString* er
     quint32 fileMagic = 0;
     quint16 fileVersion = 0;
     stream >> fileMagic >> fileVersion;
-    Reader reader{stream, koOsbFile::maxNodes, QString()};
+    Reader reader(stream);
     koSceneNodeDesc result;
     if (fileMagic != magic)
         reader.fail(tr("the file is not a Kovis geometry file"));

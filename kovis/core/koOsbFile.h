@@ -15,6 +15,7 @@ public:
     static constexpr quint32 magic = 0x4B4F5342; // "KOSB"
     static constexpr quint16 version = 1;
     static constexpr quint32 maxNodes = 10000000;
+    static constexpr qint64 maxFileSize = qint64(256) * 1024 * 1024;
 
     static bool read(const QString& path, koSceneNodeDesc& root, QString* error);
     static bool parse(const QByteArray& data, koSceneNodeDesc& root, QString* error);

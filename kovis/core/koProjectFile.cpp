@@ -1,12 +1,17 @@
 #include "koProjectFile.h"
 
+#include "koRegularFile.h"
+
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
 
 namespace {
 
@@ -41,14 +46,55 @@ QString absolutePath(const QString& stored, const QString& folder)
     return QDir::cleanPath(QDir(folder).absoluteFilePath(QDir::fromNativeSeparators(stored)));
 }
 
-QString storedPath(const QString& path, const QString& folder)
+bool isInside(const QString& path, const QString& folder)
 {
-    if (path.isEmpty())
-        return path;
-    const QString relative = QDir(folder).relativeFilePath(path);
-    if (relative.startsWith(QLatin1String("../")) || relative == QLatin1String("..") || QDir::isAbsolutePath(relative))
-        return path;
-    return relative;
+    if (folder.isEmpty())
+        return false;
+    const QString base = QDir::cleanPath(folder);
+    const QString cleanPath = QDir::cleanPath(path);
+    return cleanPath == base || cleanPath.startsWith(base.endsWith(QLatin1Char('/')) ? base : base + QLatin1Char('/'));
+}
+
+// Where the file being written lies and the folder of the open project, which is moved
+// or copied as a whole.
+struct WriteContext
+{
+    QString folder;
+    QString projectFolder;
+
+    QString storedPath(const QString& path) const
+    {
+        const bool relative = isInside(path, folder)
+            || (isInside(folder, projectFolder) && isInside(path, projectFolder));
+        return relative ? QDir(folder).relativeFilePath(path) : path;
+    }
+};
+
+// JSON writes -0.0 as 0, which reads back as +0.0; a negative number too small for a
+// float reads back as -0.0f and so keeps the sign.
+constexpr double negativeZero = -1e-46;
+
+double storedNumber(float value)
+{
+    return value == 0.0f && std::signbit(value) ? negativeZero : double(value);
+}
+
+bool fitsFloat(double value)
+{
+    return std::isfinite(value) && std::abs(value) <= double(std::numeric_limits<float>::max());
+}
+
+bool isExactIdentity(const QMatrix4x4& transform)
+{
+    return std::memcmp(transform.constData(), QMatrix4x4().constData(), 16 * sizeof(float)) == 0;
+}
+
+// Dates with an offset (UTC among them) are written as read; local dates as UTC, so
+// that a file means the same on every machine.
+QString dateText(const QDateTime& date)
+{
+    const bool local = date.timeSpec() == Qt::LocalTime || date.timeSpec() == Qt::TimeZone;
+    return (local ? date.toUTC() : date).toString(Qt::ISODateWithMs);
 }
 
 bool readString(const QJsonObject& object, const char* key, QString& value, ParseContext& context, bool required)
@@ -99,7 +145,10 @@ bool readTransform(const QJsonObject& object, QMatrix4x4& transform, ParseContex
     for (int i = 0; i < 16; ++i) {
         if (!values.at(i).isDouble())
             return context.fail(tr("\"transform\" must be a list of 16 numbers"));
-        numbers[i] = float(values.at(i).toDouble());
+        const double number = values.at(i).toDouble();
+        if (!fitsFloat(number))
+            return context.fail(tr("\"transform\" holds %1, which is out of range").arg(number));
+        numbers[i] = float(number);
     }
     transform = QMatrix4x4(numbers);
     return true;
@@ -115,6 +164,9 @@ bool readDate(const QJsonObject& object, const char* key, QDateTime& date, Parse
     date = QDateTime::fromString(text, Qt::ISODateWithMs);
     if (!date.isValid())
         return context.fail(tr("\"%1\" must be a date such as 2024-05-01T12:00:00Z").arg(QLatin1String(key)));
+    const QString written = dateText(date);
+    if (written.isEmpty() || QDateTime::fromString(written, Qt::ISODateWithMs) != date)
+        return context.fail(tr("\"%1\" holds a date that cannot be written back").arg(QLatin1String(key)));
     return true;
 }
 
@@ -213,7 +265,7 @@ QString typeName(koNodeType type)
     return QStringLiteral("group");
 }
 
-QJsonObject writeNode(const koSceneNodeDesc& node, const QString& folder)
+QJsonObject writeNode(const koSceneNodeDesc& node, const WriteContext& context)
 {
     QJsonObject object;
     object.insert(QStringLiteral("type"), typeName(node.type));
@@ -222,13 +274,13 @@ QJsonObject writeNode(const koSceneNodeDesc& node, const QString& folder)
         object.insert(QStringLiteral("visible"), false);
     if (node.locked)
         object.insert(QStringLiteral("locked"), true);
-    if (!node.transform.isIdentity()) {
+    if (!isExactIdentity(node.transform)) {
         QJsonArray values;
         const float* data = node.transform.constData();
         // QMatrix4x4 keeps its numbers column by column; files list them row by row.
         for (int row = 0; row < 4; ++row) {
             for (int column = 0; column < 4; ++column)
-                values.append(double(data[column * 4 + row]));
+                values.append(storedNumber(data[column * 4 + row]));
         }
         object.insert(QStringLiteral("transform"), values);
     }
@@ -241,18 +293,18 @@ QJsonObject writeNode(const koSceneNodeDesc& node, const QString& folder)
     if (node.type == koNodeType::Reference) {
         const koReferenceContent& reference = node.reference;
         if (reference.hasSmart)
-            object.insert(QStringLiteral("smart"), storedPath(reference.smartPath, folder));
+            object.insert(QStringLiteral("smart"), context.storedPath(reference.smartPath));
         if (reference.hasSource)
-            object.insert(QStringLiteral("source"), storedPath(reference.sourcePath, folder));
+            object.insert(QStringLiteral("source"), context.storedPath(reference.sourcePath));
         if (reference.sourceImportDate.isValid())
-            object.insert(QStringLiteral("sourceImported"), reference.sourceImportDate.toUTC().toString(Qt::ISODateWithMs));
+            object.insert(QStringLiteral("sourceImported"), dateText(reference.sourceImportDate));
         if (!reference.loaded)
             object.insert(QStringLiteral("loaded"), false);
     }
     if (node.type != koNodeType::Reference || node.inlineContent) {
         QJsonArray children;
         for (const koSceneNodeDesc& child : node.children)
-            children.append(writeNode(child, folder));
+            children.append(writeNode(child, context));
         if (!children.isEmpty() || node.type == koNodeType::Reference)
             object.insert(QStringLiteral("children"), children);
     }
@@ -263,19 +315,11 @@ QJsonObject writeNode(const koSceneNodeDesc& node, const QString& folder)
 
 bool koProjectFile::read(const QString& path, koSceneNodeDesc& root, QString* error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        if (error)
-            *error = tr("%1 cannot be read: %2").arg(QDir::toNativeSeparators(path), file.errorString());
+    QByteArray data;
+    if (!koRegularFile::read(path, maxFileSize, data, error))
         return false;
-    }
-    if (file.size() > maxFileSize) {
-        if (error)
-            *error = tr("%1 is larger than %2 MB").arg(QDir::toNativeSeparators(path)).arg(maxFileSize / (1024 * 1024));
-        return false;
-    }
     QString message;
-    if (parse(file.readAll(), QFileInfo(path).absolutePath(), root, &message))
+    if (parse(data, QFileInfo(path).absolutePath(), root, &message))
         return true;
     if (error)
         *error = tr("%1 is not a valid project file: %2").arg(QDir::toNativeSeparators(path), message);
@@ -310,11 +354,11 @@ bool koProjectFile::parse(const QByteArray& data, const QString& folder, koScene
     return true;
 }
 
-QByteArray koProjectFile::serialize(const koSceneNodeDesc& root, const QString& folder)
+QByteArray koProjectFile::serialize(const koSceneNodeDesc& root, const QString& folder, const QString& projectFolder)
 {
     QJsonObject document;
     document.insert(QStringLiteral("format"), formatName);
     document.insert(QStringLiteral("version"), formatVersion);
-    document.insert(QStringLiteral("root"), writeNode(root, folder));
+    document.insert(QStringLiteral("root"), writeNode(root, WriteContext{folder, projectFolder}));
     return QJsonDocument(document).toJson(QJsonDocument::Indented);
 }

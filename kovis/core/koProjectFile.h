@@ -8,7 +8,9 @@
 #include <QString>
 
 // Reads and writes project files (.kpr): a JSON node tree in which references are
-// stored as their file links. Paths below the file's folder are stored relative to it.
+// stored as their file links. A link is stored relative to the folder of the file that
+// holds it when it lies below that folder, or when both it and the file lie inside the
+// project's folder; other links are stored absolute.
 class KOVIS_EXPORT koProjectFile
 {
 public:
@@ -20,5 +22,6 @@ public:
     // message when the file cannot be read or is not a valid project file.
     static bool read(const QString& path, koSceneNodeDesc& root, QString* error);
     static bool parse(const QByteArray& data, const QString& folder, koSceneNodeDesc& root, QString* error);
-    static QByteArray serialize(const koSceneNodeDesc& root, const QString& folder);
+    static QByteArray serialize(const koSceneNodeDesc& root, const QString& folder,
+                                const QString& projectFolder = QString());
 };

@@ -1,3 +1,4 @@
+#include "koProjectFile.h"
 #include "koTestHost.h"
 
 #include <kovis/koFileIOService.h>
@@ -26,6 +27,10 @@ private slots:
     void savedProjectLoadsIntoTheSameScene();
     void failedSaveKeepsFileAndScene();
     void saveLeavesNoTemporaryFiles();
+    void awkwardValuesSurviveSaving_data();
+    void awkwardValuesSurviveSaving();
+    void linksInsideTheProjectAreRelative_data();
+    void linksInsideTheProjectAreRelative();
 
 private:
     koTestHost m_host;
@@ -70,7 +75,46 @@ QStringList filesIn(const QString& folder)
     return QDir(folder).entryList(QDir::Files, QDir::Name);
 }
 
+// Every field of a node tree, transform bits and date offsets included, so that two
+// trees compare equal only when they are the same.
+QString describe(const koSceneNodeDesc& node)
+{
+    QStringList fields{QString::number(int(node.type)), node.name, QString::number(node.visible),
+                       QString::number(node.locked), node.instance, QString::number(node.vertices),
+                       QString::number(node.faces), QString::number(node.inlineContent)};
+    fields.append(QString::fromLatin1(
+        QByteArray::fromRawData(reinterpret_cast<const char*>(node.transform.constData()), 16 * sizeof(float)).toHex()));
+    const koReferenceContent& reference = node.reference;
+    fields << QString::number(reference.hasSmart) << reference.smartPath << QString::number(reference.hasSource)
+           << reference.sourcePath << QString::number(reference.loaded) << QString::number(reference.smartUnsaved)
+           << reference.sourceImportDate.toString(Qt::ISODateWithMs)
+           << QString::number(reference.sourceImportDate.offsetFromUtc());
+    for (const koSceneNodeDesc& child : node.children)
+        fields.append(QLatin1Char('(') + describe(child) + QLatin1Char(')'));
+    return fields.join(QLatin1Char('|'));
+}
+
+koSceneNodeDesc projectHolding(const koSceneNodeDesc& node)
+{
+    koSceneNodeDesc root;
+    root.name = QStringLiteral("Root");
+    root.children = {node};
+    return root;
+}
+
+koSceneNodeDesc referenceNode(const QString& name, const QString& smart = QString())
+{
+    koSceneNodeDesc node;
+    node.type = koNodeType::Reference;
+    node.name = name;
+    node.reference.hasSmart = !smart.isNull();
+    node.reference.smartPath = smart;
+    return node;
+}
+
 } // namespace
+
+Q_DECLARE_METATYPE(koSceneNodeDesc)
 
 void tst_koProjectFile::loadingIsAnnounced_data()
 {
@@ -134,6 +178,10 @@ void tst_koProjectFile::badProjectLoadsNothing_data()
     QTest::newRow("huge name") << project("{\"type\": \"group\", \"name\": \"" + QByteArray(100000, 'x') + "\"}")
                                << "longer than 4096 characters";
     QTest::newRow("deep nesting") << project(nested(300)) << "nested more than 256 levels deep";
+    QTest::newRow("transform beyond a float")
+        << project("{\"type\": \"group\", \"name\": \"r\", \"transform\": [1e39, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, "
+                   "0, 0, 0, 1]}")
+        << "\"transform\" holds 1e+39";
 }
 
 void tst_koProjectFile::badProjectLoadsNothing()
@@ -260,6 +308,96 @@ void tst_koProjectFile::saveLeavesNoTemporaryFiles()
     QVERIFY(koService<koFileIOService>()->loadProject(main));
     const kodReferenceNode loaded = koService<koReferenceService>()->getSceneReferences().first();
     QCOMPARE(loaded.getChild(0).getName(), QStringLiteral("B"));
+}
+
+void tst_koProjectFile::awkwardValuesSurviveSaving_data()
+{
+    QTest::addColumn<koSceneNodeDesc>("node");
+
+    const auto named = [](const QString& name) {
+        koSceneNodeDesc node;
+        node.name = name;
+        return node;
+    };
+    const auto transformed = [&](std::initializer_list<float> values) {
+        koSceneNodeDesc node = named(QStringLiteral("moved"));
+        std::vector<float> numbers(values);
+        numbers.resize(16, 1.0f);
+        node.transform = QMatrix4x4(numbers.data());
+        return node;
+    };
+    const auto imported = [](const QString& date) {
+        koSceneNodeDesc node = referenceNode(QStringLiteral("imported"));
+        node.reference.hasSource = true;
+        node.reference.sourcePath = QStringLiteral("/elsewhere/part.obj");
+        node.reference.sourceImportDate = QDateTime::fromString(date, Qt::ISODateWithMs);
+        return node;
+    };
+    koSceneNodeDesc counted = named(QStringLiteral("counted"));
+    counted.type = koNodeType::Geometry;
+    counted.vertices = 4294967295u;
+    counted.instance = QStringLiteral("tag\t\"<&>\"");
+    koSceneNodeDesc unsaved = referenceNode(QStringLiteral("new"), QStringLiteral(""));
+    unsaved.reference.smartUnsaved = true;
+
+    QTest::newRow("control characters") << named(QStringLiteral("a\tb\nc\rd\\e\u0001f\u007f"));
+    QTest::newRow("markup and quotes") << named(QStringLiteral("<b>\"Q&A\"</b> 'x' /* y */"));
+    QTest::newRow("unicode") << named(QStringLiteral("R\u00e4der \u8eca\u8f2a \U0001F6B2 \u202eabc"));
+    QTest::newRow("longest name") << named(QString(koProjectFile::maxTextLength, QChar(0x00e9)));
+    QTest::newRow("huge transform values") << transformed({3.4e38f, -3.4e38f, std::numeric_limits<float>::max()});
+    QTest::newRow("tiny transform values") << transformed({1e-45f, -1e-45f, std::numeric_limits<float>::min(), -0.0f, 0.0f});
+    QTest::newRow("counts and instance tag") << counted;
+    QTest::newRow("date west of UTC at the end of year 9999") << imported(QStringLiteral("9999-12-31T23:59:59.000-05:00"));
+    QTest::newRow("date east of UTC in year 1") << imported(QStringLiteral("0001-01-01T00:00:00.000+14:00"));
+    QTest::newRow("date in UTC") << imported(QStringLiteral("2024-02-29T12:30:00.250Z"));
+    QTest::newRow("unsaved smart link") << unsaved;
+}
+
+void tst_koProjectFile::awkwardValuesSurviveSaving()
+{
+    QFETCH(koSceneNodeDesc, node);
+
+    const QString folder = m_host.path(QStringLiteral("project"));
+    const QByteArray saved = koProjectFile::serialize(projectHolding(node), folder, folder);
+    koSceneNodeDesc read;
+    QString error;
+    QVERIFY2(koProjectFile::parse(saved, folder, read, &error), qPrintable(error));
+    QCOMPARE(describe(read), describe(projectHolding(node)));
+    QCOMPARE(koProjectFile::serialize(read, folder, folder), saved);
+}
+
+void tst_koProjectFile::linksInsideTheProjectAreRelative_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("projectFolder");
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QString>("stored");
+
+    QTest::newRow("below the file") << "/p/main.kpr" << "/p" << "/p/parts/a.obj" << "parts/a.obj";
+    QTest::newRow("beside the file's folder") << "/p/parts/a.kpr" << "/p" << "/p/shared/inner.obj" << "../shared/inner.obj";
+    QTest::newRow("two folders up") << "/p/a/b/c.kpr" << "/p" << "/p/x.obj" << "../../x.obj";
+    QTest::newRow("the file's own folder") << "/p/a/c.kpr" << "/p" << "/p/a" << ".";
+    QTest::newRow("outside the project") << "/p/parts/a.kpr" << "/p" << "/elsewhere/x.obj" << "/elsewhere/x.obj";
+    QTest::newRow("folder sharing the project's prefix") << "/p/a.kpr" << "/p" << "/p2/x.obj" << "/p2/x.obj";
+    QTest::newRow("file outside the project") << "/q/a.kpr" << "/p" << "/p/x.obj" << "/p/x.obj";
+    QTest::newRow("project at the top folder") << "/a/b.kpr" << "/" << "/c/d.obj" << "../c/d.obj";
+    QTest::newRow("no project, below the file") << "/p/parts/a.kpr" << "" << "/p/parts/sub/x.obj" << "sub/x.obj";
+    QTest::newRow("no project, beside the file") << "/p/parts/a.kpr" << "" << "/p/shared/x.obj" << "/p/shared/x.obj";
+}
+
+void tst_koProjectFile::linksInsideTheProjectAreRelative()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, projectFolder);
+    QFETCH(QString, link);
+    QFETCH(QString, stored);
+
+    const QString folder = QFileInfo(file).path();
+    const QByteArray saved = koProjectFile::serialize(projectHolding(referenceNode(QStringLiteral("r"), link)), folder, projectFolder);
+    QCOMPARE(QJsonDocument::fromJson(saved)["root"]["children"][0]["smart"].toString(), stored);
+    koSceneNodeDesc read;
+    QVERIFY(koProjectFile::parse(saved, folder, read, nullptr));
+    QCOMPARE(read.children.value(0).reference.smartPath, link);
 }
 
 QTEST_MAIN(tst_koProjectFile)

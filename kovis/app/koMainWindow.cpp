@@ -192,24 +192,26 @@ void koMainWindow::openProjectFromDialog()
 
 bool koMainWindow::save()
 {
-    if (fileIO()->getProjectPath().isEmpty())
+    if (projectRoot().getSmartFileState() == koReferenceTypes::Unsaved)
         return saveAs();
-    if (fileIO()->saveProject())
-        return true;
-    QMessageBox::critical(this, tr("Save Project"), tr("The project could not be saved. The log says why."));
-    return false;
+    return writeProject(QString());
 }
 
 bool koMainWindow::saveAs()
 {
     const QString path = koFileDialog::getSaveFileName(this, tr("Save Project As"), fileIO()->getProjectPath(),
                                                       fileIO()->getImportFileFilter(koFileIOService::ProjectFiles));
-    if (path.isEmpty())
-        return false;
-    if (fileIO()->saveProject(path))
-        return true;
-    QMessageBox::critical(this, tr("Save Project"), tr("The project could not be saved. The log says why."));
-    return false;
+    return !path.isEmpty() && writeProject(path);
+}
+
+bool koMainWindow::writeProject(const QString& path)
+{
+    const koFileIOService::SaveOutcome outcome = fileIO()->writeProject(path);
+    if (outcome == koFileIOService::SaveOutcome::Failed) {
+        const QString reason = koKernelServiceFactory::the()->getServiceOrNull<koLogService>()->lastMessage();
+        QMessageBox::critical(this, tr("Save Project"), tr("The project could not be saved.\n\n%1").arg(reason));
+    }
+    return outcome == koFileIOService::SaveOutcome::Saved;
 }
 
 bool koMainWindow::saveScreenshot(const QString& path)

@@ -37,6 +37,7 @@ private:
     void openProjectFromDialog();
     bool save();
     bool saveAs();
+    bool writeProject(const QString& path);
 
     koSceneTreeModel* m_sceneModel;
     koSceneTreeView* m_sceneTree;

@@ -3,6 +3,8 @@
 #include "koReferenceEngine.h"
 
 #include <kovis/koHost.h>
+#include <kovis/koInternalUiService.h>
+#include <kovis/koKernelServiceFactory.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -43,12 +45,23 @@ bool koFileIOService::loadProject(const QString& path)
     return koHost::engine()->loadProject(path);
 }
 
-bool koFileIOService::saveProject(const QString& path)
+koFileIOService::SaveOutcome koFileIOService::writeProject(const QString& path)
 {
-    const bool saved = koHost::engine()->saveProject(path);
-    if (saved)
-        emit projectSaved(koHost::engine()->projectPath());
-    return saved;
+    auto* ui = koKernelServiceFactory::the()->getServiceOrNull<koInternalUiService>();
+    bool cancelled = false;
+    koReferenceEngine::SmartPathsRequest askModule;
+    if (ui && ui->answersSmartPathsUpdate()) {
+        askModule = [ui, &cancelled](quint64 root, const QString& projectPath) {
+            bool result = true;
+            emit ui->requestUiSmartPathsUpdate(kodNode(root), projectPath, result);
+            cancelled = !result;
+            return result;
+        };
+    }
+    if (!koHost::engine()->saveProject(path, askModule))
+        return cancelled ? SaveOutcome::Cancelled : SaveOutcome::Failed;
+    emit projectSaved(koHost::engine()->projectPath());
+    return SaveOutcome::Saved;
 }
 
 void koFileIOService::newProject()

@@ -2,6 +2,7 @@
 
 #include "koFileStateCache.h"
 #include "koReferenceEngine.h"
+#include "koReferenceFileStates.h"
 
 #include <QtConcurrent>
 
@@ -39,7 +40,7 @@ void koFileMonitor::startCheck()
 {
     if (m_watcher.isRunning())
         return;
-    m_files = m_engine->linkedFiles();
+    m_files = m_engine->fileStates().linkedFiles();
     m_cacheGeneration = m_engine->fileCache().generation();
     // The worker compares with what is known, so the window only handles changes.
     const QHash<QString, QVector<quint64>> files = m_files;
@@ -62,7 +63,7 @@ void koFileMonitor::finishCheck()
     // An operation read some file again meanwhile; its snapshot is newer than ours.
     if (m_engine->fileCache().generation() == m_cacheGeneration) {
         const Changes changes = m_watcher.result();
-        m_engine->applySnapshots(m_files, changes.paths, changes.snapshots);
+        m_engine->fileStates().applySnapshots(m_files, changes.paths, changes.snapshots);
     }
     m_files.clear();
     emit checkFinished();

@@ -1,6 +1,7 @@
 #include <kovis/koNodeService.h>
 
 #include "koReferenceEngine.h"
+#include "koSceneOperations.h"
 
 #include <kovis/koHost.h>
 
@@ -11,12 +12,12 @@ kodNode koNodeService::getRootNode() const
 
 kodNode koNodeService::createGroupNode(const kodNode& parent, const QString& name)
 {
-    return kodNode(koHost::engine()->createNode(parent.getObjectId(), koNodeType::Group, name));
+    return kodNode(koHost::engine()->operations().createNode(parent.getObjectId(), koNodeType::Group, name));
 }
 
 kodNode koNodeService::createGeometryNode(const kodNode& parent, const QString& name)
 {
-    return kodNode(koHost::engine()->createNode(parent.getObjectId(), koNodeType::Geometry, name));
+    return kodNode(koHost::engine()->operations().createNode(parent.getObjectId(), koNodeType::Geometry, name));
 }
 
 void koNodeService::deleteNode(const kodNode& node)

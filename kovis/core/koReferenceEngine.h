@@ -5,18 +5,27 @@
 #include "koSceneStore.h"
 
 #include <kovis/koGlobal.h>
-#include <kovis/koReferenceTypes.h>
 
-#include <QDateTime>
 #include <QObject>
 #include <QScopedPointer>
 #include <QVector>
 
+#include <functional>
+#include <memory>
+
 class koFileMonitor;
+class koReferenceFileStates;
+class koReferenceLinks;
+class koReferenceLoading;
+class koReferenceSaving;
+class koSceneBuilder;
+class koSceneOperations;
 class koUndoStack;
 
-// Keeps the scene over real files: opens and saves projects, loads, unloads, imports
-// and saves references, edits their links, and knows the state of every linked file.
+// Keeps the scene over real files. It owns the scene store, the undo stack, what is
+// known of the linked files and the monitor that watches them; the work is done by one
+// role each: file states, link editing, loading, saving, scene operations, and turning
+// file content into scene nodes and back.
 class KOVIS_EXPORT koReferenceEngine : public QObject
 {
     Q_OBJECT
@@ -31,6 +40,9 @@ public:
         QString storeLocation;
         int loadMode = 0;
     };
+    // Asked before a project is written while new smart references below have no file;
+    // false cancels the write.
+    using SmartPathsRequest = std::function<bool(quint64 root, const QString& projectPath)>;
 
     explicit koReferenceEngine(QObject* parent = nullptr);
     ~koReferenceEngine() override;
@@ -40,58 +52,31 @@ public:
     koFileStateCache& fileCache() { return m_cache; }
     koFileMonitor* monitor() const { return m_monitor.data(); }
 
+    koReferenceFileStates& fileStates() const { return *m_fileStates; }
+    koReferenceLinks& links() const { return *m_links; }
+    koReferenceLoading& loading() const { return *m_loading; }
+    koReferenceSaving& saving() const { return *m_saving; }
+    koSceneOperations& operations() const { return *m_operations; }
+    koSceneBuilder& builder() const { return *m_builder; }
+
     Settings& settings() { return m_settings; }
     void setMonitoringEnabled(bool enabled);
     void setMonitoringInterval(int milliseconds);
 
-    // Project
     void newProject();
     bool loadProject(const QString& path);
-    bool saveProject(const QString& path);
+    // Without a request the host places new smart files itself.
+    bool saveProject(const QString& path, const SmartPathsRequest& askForSmartPaths = {});
     QString projectPath() const;
-
-    // Reference queries (never touch the disk)
-    koReferenceTypes::FileState smartFileState(quint64 id);
-    koReferenceTypes::FileState sourceFileState(quint64 id);
-    const koFileSnapshot* smartSnapshot(quint64 id);
-    const koFileSnapshot* sourceSnapshot(quint64 id);
     QVector<quint64> sceneReferences() const;
-    QStringList fileExtensions() const;
-    QString proposeSmartPath(quint64 id, koReferenceTypes::ExportLocation location, const QString& customFolder) const;
 
-    // Reference operations
-    void loadReference(quint64 id);
-    bool loadSmart(quint64 id);
-    bool importSource(quint64 id);
-    void unload(quint64 id);
-    bool save(quint64 id, bool withSubReferences = true);
-    bool saveAs(quint64 id, const QString& path, bool withSubReferences);
-    void createSmartLink(quint64 id);
-    void createSourceLink(quint64 id);
-    void removeSmartLink(quint64 id);
-    void removeSourceLink(quint64 id);
-    void setSmartPath(quint64 id, const QString& path);
-    void setSourcePath(quint64 id, const QString& path);
-
-    // Scene operations
-    quint64 createReference(quint64 parent);
-    quint64 removeReference(quint64 id);
-    quint64 convertToSmart(quint64 id);
-    quint64 createNode(quint64 parent, koNodeType type, const QString& name);
-    QVector<quint64> cloneNodes(const QVector<quint64>& ids);
-    void moveNode(quint64 id, quint64 newParent);
-
-    // The node's content as its file stores it: a group named after the node.
-    koSceneNodeDesc describeContent(quint64 id, bool inlineReferences = false) const;
-
-    // Every linked file with the share keys of the references that link to it.
-    QHash<QString, QVector<quint64>> linkedFiles() const;
-    // Takes fresh snapshots of linked files and announces the references whose state
-    // changed; snapshots[i] belongs to paths[i].
-    void applySnapshots(const QHash<QString, QVector<quint64>>& files, const QStringList& paths,
-                        const QVector<koFileSnapshot>& snapshots);
-    // Reads every linked file again now and announces the references whose state changed.
-    void checkFiles();
+    // What the roles share.
+    koReferenceContent linksOf(quint64 id) const;
+    quint64 shareKeyOf(quint64 id) const;
+    // markOwner: the change counts against the reference whose file holds the node.
+    void updateLinks(quint64 id, const koReferenceContent& links, bool markOwner);
+    void announce(const QVector<quint64>& ids);
+    void announceShared(quint64 shareKey);
 
 signals:
     void referencesChanged(const QVector<quint64>& ids);
@@ -103,46 +88,20 @@ signals:
     void notice(const QString& message);
 
 private:
-    struct Materialized;
-    enum class Link { Smart, Source };
-
-    static bool& hasLink(koReferenceContent& content, Link link);
-    static bool hasLink(const koReferenceContent& content, Link link);
-    static QString& linkPath(koReferenceContent& content, Link link);
-    static const QString& linkPath(const koReferenceContent& content, Link link);
-    const koFileSnapshot* snapshotOf(quint64 id, Link link);
-    void setLinkPath(quint64 id, const QString& path, Link link);
-
-    const koReferenceContent* contentOf(quint64 id) const { return m_store->contentOfNode(id); }
-    koReferenceContent linksOf(quint64 id) const;
-    quint64 shareKeyOf(quint64 id) const;
-    void updateLinks(quint64 id, const koReferenceContent& content, bool markOwner, bool undoable = true);
-    quint64 ownerKey(quint64 id) const;
-
-    int materialize(const koSceneNodeDesc& desc, Materialized& out);
-    void stampFiles(koReferenceContent& content);
-    // Takes the smart file as it is on disk now as the one the content matches.
-    void stampSmartFile(koReferenceContent& content);
-    void replaceContent(quint64 id, const QVector<koSceneNodeDesc>& children);
-    void clearContent(quint64 id);
-    quint64 replaceNode(quint64 id, koNodeRecord replacement);
-    QVector<koNodeRecord> cloneRecords(const QVector<koNodeRecord>& records) const;
-    koSceneNodeDesc describeNode(const koNodeRecord& node, bool inlineReferences) const;
-    bool writeFile(quint64 id, const QString& path);
-    void finishSave(quint64 id);
-    void announce(const QVector<quint64>& ids);
-    void announceShared(quint64 shareKey);
     void connectStore();
-    QHash<QString, QVector<quint64>> collectLinkedFiles() const;
+    void resetScene(const koSceneNodeDesc& root);
 
     Settings m_settings;
     koFileStateCache m_cache;
     QScopedPointer<koUndoStack> m_undoStack;
     QScopedPointer<koSceneStore> m_store;
+    std::unique_ptr<koReferenceFileStates> m_fileStates;
+    std::unique_ptr<koReferenceLinks> m_links;
+    std::unique_ptr<koReferenceLoading> m_loading;
+    std::unique_ptr<koReferenceSaving> m_saving;
+    std::unique_ptr<koSceneOperations> m_operations;
+    std::unique_ptr<koSceneBuilder> m_builder;
     QScopedPointer<koFileMonitor> m_monitor;
     QVector<quint64> m_removing;
-    bool m_loading = false;
-    // Which files the scene links to changes rarely; monitoring asks every few seconds.
-    mutable QHash<QString, QVector<quint64>> m_linkedFiles;
-    mutable bool m_linkedFilesKnown = false;
+    bool m_projectLoading = false;
 };

@@ -2,6 +2,10 @@
 
 #include "koHandleList.h"
 #include "koReferenceEngine.h"
+#include "koReferenceFileStates.h"
+#include "koReferenceLinks.h"
+#include "koReferenceLoading.h"
+#include "koSceneOperations.h"
 
 #include <kovis/koHost.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -78,24 +82,24 @@ QList<kodReferenceNode> koReferenceService::getSubReferences(const kodReferenceN
 
 kodReferenceNode koReferenceService::createReference(const kodNode& parent)
 {
-    return kodReferenceNode(engine()->createReference(parent.getObjectId()));
+    return kodReferenceNode(engine()->operations().createReference(parent.getObjectId()));
 }
 
 kodNode koReferenceService::removeReference(const kodReferenceNode& reference)
 {
-    return kodNode(engine()->removeReference(reference.getObjectId()));
+    return kodNode(engine()->operations().removeReference(reference.getObjectId()));
 }
 
 kodReferenceNode koReferenceService::convertToSmartReference(const kodNode& node)
 {
-    return kodReferenceNode(engine()->convertToSmart(node.getObjectId()));
+    return kodReferenceNode(engine()->operations().convertToSmart(node.getObjectId()));
 }
 
 QList<kodReferenceNode> koReferenceService::importSourceReferences(const QList<kodReferenceNode>& references)
 {
     QList<kodReferenceNode> imported;
     for (const kodReferenceNode& reference : references) {
-        if (engine()->importSource(reference.getObjectId()))
+        if (engine()->loading().importSource(reference.getObjectId()))
             imported.append(reference);
     }
     return imported;
@@ -105,7 +109,7 @@ QList<kodReferenceNode> koReferenceService::reimportSmartReferences(const QList<
 {
     QList<kodReferenceNode> reimported;
     for (const kodReferenceNode& reference : references) {
-        if (engine()->loadSmart(reference.getObjectId()))
+        if (engine()->loading().reloadSmart(reference.getObjectId()))
             reimported.append(reference);
     }
     return reimported;
@@ -113,7 +117,7 @@ QList<kodReferenceNode> koReferenceService::reimportSmartReferences(const QList<
 
 QStringList koReferenceService::getSceneReferenceFileExtensions() const
 {
-    return engine()->fileExtensions();
+    return engine()->links().fileExtensions();
 }
 
 bool koReferenceService::showConvertToSmartWarning() const
@@ -188,5 +192,5 @@ void koReferenceService::setUpdateMonitoringInterval(int milliseconds)
 
 void koReferenceService::checkFiles()
 {
-    engine()->checkFiles();
+    engine()->fileStates().checkFiles();
 }

@@ -124,6 +124,8 @@ void koSceneLoader::resolveReference(koSceneNodeDesc& reference)
         return;
     }
     if (!load) {
+        if (reference.inlineContent)
+            reference.unloadedContent = std::move(reference.children);
         reference.children.clear();
         return;
     }

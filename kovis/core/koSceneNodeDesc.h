@@ -23,6 +23,9 @@ struct koSceneNodeDesc
     // The file stores this reference's content itself (it has no smart file).
     bool inlineContent = false;
     QVector<koSceneNodeDesc> children;
+    // Content the file keeps for a reference that is not loaded and has no file of its
+    // own to load it from.
+    QVector<koSceneNodeDesc> unloadedContent;
 
     bool containsReference() const
     {

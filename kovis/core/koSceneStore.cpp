@@ -1,10 +1,15 @@
 #include "koSceneStore.h"
 
 #include "koSceneCommand.h"
+#include "koSceneStoreChecker.h"
 
+#include <kovis/koScopedUndo.h>
 #include <kovis/koUndoStack.h>
 
 #include <QCoreApplication>
+#include <QSet>
+
+#include <algorithm>
 
 koSceneStore* koSceneStore::s_instance = nullptr;
 
@@ -122,7 +127,14 @@ QVector<koNodeRecord> koSceneStore::subtree(quint64 id) const
 
 bool koSceneStore::isChanged(quint64 shareKey) const
 {
-    return m_changeCount.value(shareKey) != m_savedCount.value(shareKey);
+    return m_changeCount.value(shareKey) != m_savedCount.value(shareKey) || isMemoryOnly(shareKey);
+}
+
+bool koSceneStore::isMemoryOnly(quint64 shareKey) const
+{
+    // A new project's root holds nothing worth a question until something is added.
+    const koReferenceContent* links = content(shareKey);
+    return links && shareKey != m_rootId && links->hasSmart && links->smartUnsaved && links->loaded;
 }
 
 bool koSceneStore::isAnyReferenceBelowChanged(quint64 id) const
@@ -151,6 +163,7 @@ void koSceneStore::reset(QVector<koNodeRecord> nodes, const QHash<quint64, koRef
     }
     if (koNodeRecord* root = mutableNode(m_rootId))
         root->parent = 0;
+    verify();
     emit sceneReset();
 }
 
@@ -165,20 +178,44 @@ quint64 koSceneStore::markKeyFor(quint64 childOwnerOf, Mark mark) const
 void koSceneStore::record(const QString& text, std::function<void()> undo, std::function<void()> redo)
 {
     koUndoStack* stack = koUndoStack::the();
-    if (QUndoCommand* step = stack ? stack->recordingStep() : nullptr)
-        new koSceneCommand(text, std::move(undo), std::move(redo), step);
+    if (!stack || stack->isReplaying())
+        return;
+    // Joins the open step, or makes this change a step of its own.
+    koScopedUndo scope;
+    new koSceneCommand(text, std::move(undo), std::move(redo), stack->recordingStep());
 }
 
-void koSceneStore::insertSubtree(quint64 parent, int index, const QVector<koNodeRecord>& nodes, Mark mark)
+bool koSceneStore::nestsSharedContent(quint64 parent, const QVector<koNodeRecord>& nodes) const
+{
+    QSet<quint64> shareKeys;
+    for (const koNodeRecord& record : nodes)
+        shareKeys.insert(record.shareKey);
+    for (const koNodeRecord* above = node(parent); above; above = node(above->parent)) {
+        if (shareKeys.contains(above->shareKey))
+            return true;
+    }
+    return false;
+}
+
+bool koSceneStore::canInsert(quint64 parent, const QVector<koNodeRecord>& nodes) const
 {
     if (nodes.isEmpty() || !node(parent))
-        return;
+        return false;
+    const bool taken = std::any_of(nodes.cbegin(), nodes.cend(), [this](const koNodeRecord& record) { return node(record.id); });
+    return !taken && !nestsSharedContent(parent, nodes);
+}
+
+bool koSceneStore::insertSubtree(quint64 parent, int index, const QVector<koNodeRecord>& nodes, Mark mark)
+{
+    if (!canInsert(parent, nodes))
+        return false;
     const quint64 markKey = markKeyFor(parent, mark);
     const quint64 id = nodes.first().id;
     insertRaw(parent, index, nodes, markKey, 1);
     record(QCoreApplication::translate("koSceneStore", "Insert Nodes"),
            [this, id, markKey] { removeRaw(id, markKey, -1); },
            [this, parent, index, nodes, markKey] { insertRaw(parent, index, nodes, markKey, 1); });
+    return true;
 }
 
 void koSceneStore::removeSubtree(quint64 id, Mark mark)
@@ -230,7 +267,7 @@ void koSceneStore::setFlag(quint64 id, const QByteArray& property, bool value, c
                  [this, id, property, value, markKey] { setFlagRaw(id, property, value, markKey, 1); });
 }
 
-void koSceneStore::setContent(quint64 shareKey, const koReferenceContent& content, quint64 markKey, bool undoable)
+void koSceneStore::setContent(quint64 shareKey, const koReferenceContent& content, quint64 markKey)
 {
     std::optional<koReferenceContent> old;
     if (const koReferenceContent* current = this->content(shareKey)) {
@@ -239,11 +276,38 @@ void koSceneStore::setContent(quint64 shareKey, const koReferenceContent& conten
         old = *current;
     }
     setContentRaw(shareKey, content, markKey, 1);
-    if (!undoable)
-        return;
+    const auto restore = [this, shareKey](std::optional<koReferenceContent> links) {
+        return links ? std::optional(withFileStateOf(*links, shareKey)) : links;
+    };
     record(QCoreApplication::translate("koSceneStore", "Change Reference"),
-           [this, shareKey, old, markKey] { setContentRaw(shareKey, old, markKey, -1); },
-           [this, shareKey, content, markKey] { setContentRaw(shareKey, content, markKey, 1); });
+           [this, shareKey, old, markKey, restore] { setContentRaw(shareKey, restore(old), markKey, -1); },
+           [this, shareKey, content, markKey, restore] { setContentRaw(shareKey, restore(content), markKey, 1); });
+}
+
+void koSceneStore::setFileState(quint64 shareKey, const koReferenceContent& content)
+{
+    const koReferenceContent* current = this->content(shareKey);
+    if (!current || *current == content)
+        return;
+    setContentRaw(shareKey, content, 0, 0);
+}
+
+koReferenceContent koSceneStore::withFileStateOf(koReferenceContent links, quint64 shareKey) const
+{
+    // What is known of a file belongs to its path: it stays when the link keeps the path.
+    const koReferenceContent* current = content(shareKey);
+    if (!current)
+        return links;
+    if (shareKey == m_rootId) {
+        links.hasSmart = current->hasSmart;
+        links.smartPath = current->smartPath;
+    }
+    if (links.hasSmart && current->hasSmart && links.smartPath == current->smartPath) {
+        links.smartUnsaved = current->smartUnsaved;
+        links.smartUnreadable = current->smartUnreadable;
+        links.smartStamp = current->smartStamp;
+    }
+    return links;
 }
 
 void koSceneStore::markChanged(quint64 shareKey)
@@ -255,9 +319,22 @@ void koSceneStore::markChanged(quint64 shareKey)
 
 void koSceneStore::markSaved(quint64 shareKey)
 {
-    if (!isChanged(shareKey))
+    const int before = m_savedCount.value(shareKey);
+    const int now = m_changeCount.value(shareKey);
+    if (before == now)
         return;
-    m_savedCount.insert(shareKey, m_changeCount.value(shareKey));
+    setSavedCount(shareKey, now);
+    koUndoStack* stack = koUndoStack::the();
+    if (stack && stack->isRecording()) {
+        new koSceneCommand(QCoreApplication::translate("koSceneStore", "Change Reference"),
+                           [this, shareKey, before] { setSavedCount(shareKey, before); },
+                           [this, shareKey, now] { setSavedCount(shareKey, now); }, stack->recordingStep());
+    }
+}
+
+void koSceneStore::setSavedCount(quint64 shareKey, int count)
+{
+    m_savedCount.insert(shareKey, count);
     emit changeStateChanged(shareKey);
 }
 
@@ -265,7 +342,7 @@ void koSceneStore::insertRaw(quint64 parent, int index, const QVector<koNodeReco
                              int delta)
 {
     koNodeRecord* parentRecord = mutableNode(parent);
-    if (!parentRecord || nodes.isEmpty() || node(nodes.first().id))
+    if (!parentRecord || !canInsert(parent, nodes))
         return;
     for (const koNodeRecord& record : nodes) {
         auto copy = std::make_unique<koNodeRecord>(record);
@@ -280,6 +357,7 @@ void koSceneStore::insertRaw(quint64 parent, int index, const QVector<koNodeReco
     parentRecord->children.insert(row, id);
     emit subtreeInserted(parent, id);
     addChange(markKey, delta);
+    verify();
 }
 
 void koSceneStore::removeRaw(quint64 id, quint64 markKey, int delta)
@@ -298,6 +376,7 @@ void koSceneStore::removeRaw(quint64 id, quint64 markKey, int delta)
     }
     emit subtreeRemoved(parent, id);
     addChange(markKey, delta);
+    verify();
 }
 
 void koSceneStore::setFlagRaw(quint64 id, const QByteArray& property, bool value, quint64 markKey, int delta)
@@ -349,4 +428,22 @@ void koSceneStore::unindexClone(const koNodeRecord& node)
 {
     if (node.shareKey != node.id)
         m_clones.remove(node.shareKey, node.id);
+}
+
+QStringList koSceneStore::brokenInvariants() const
+{
+    return koSceneStoreChecker(*this).brokenInvariants();
+}
+
+void koSceneStore::verify() const
+{
+#ifndef NDEBUG
+    // Debug builds check the whole store after every structural change; past a few
+    // thousand nodes that would make them unusable, and the tests stay below.
+    if (nodeCount() <= 5000) {
+        const QStringList broken = brokenInvariants();
+        if (!broken.isEmpty())
+            qFatal("koSceneStore: %s", qPrintable(broken.join(QStringLiteral("; "))));
+    }
+#endif
 }

@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QMultiHash>
 #include <QObject>
+#include <QStringList>
 #include <QVector>
 
 #include <functional>
@@ -17,7 +18,8 @@
 
 // The one scene of the process: nodes keyed by id, the reference data of each shared
 // content, and how many unsaved edits each reference's own content has. Every change
-// goes through here; while an undo scope is open it is recorded as an undoable command.
+// goes through here and is recorded on the undo stack: it joins the open undo scope or
+// becomes a step of its own, so that undo never meets a scene it did not record.
 class KOVIS_EXPORT koSceneStore : public QObject
 {
     Q_OBJECT
@@ -50,25 +52,36 @@ public:
     // Copies of the node and everything below it, parents before children.
     QVector<koNodeRecord> subtree(quint64 id) const;
 
+    // Edited since loaded or saved, or held only in memory (a smart link never written).
     bool isChanged(quint64 shareKey) const;
     bool isAnyReferenceBelowChanged(quint64 id) const;
 
     // Replaces the whole scene (not undoable). The first record is the root.
     void reset(QVector<koNodeRecord> nodes, const QHash<quint64, koReferenceContent>& contents);
 
-    void insertSubtree(quint64 parent, int index, const QVector<koNodeRecord>& nodes, Mark mark);
+    // False when the nodes cannot go there: an id is taken, or shared content would end
+    // up inside an instance of itself.
+    bool insertSubtree(quint64 parent, int index, const QVector<koNodeRecord>& nodes, Mark mark);
+    // Whether any of the nodes shares content with the parent or a node above it.
+    bool nestsSharedContent(quint64 parent, const QVector<koNodeRecord>& nodes) const;
     void removeSubtree(quint64 id, Mark mark);
     void setName(quint64 id, const QString& name);
     void setVisible(quint64 id, bool visible);
     void setUserLocked(quint64 id, bool locked);
     // markKey: the share key of the reference whose file changes with it (0 for none).
-    // Session state of files (stamps, unsaved) is set with undoable false: undo must
-    // not take back what happened on disk.
-    void setContent(quint64 shareKey, const koReferenceContent& content, quint64 markKey, bool undoable = true);
+    // Undo and redo restore the links but keep what is known of the linked file on disk
+    // (and where the project lives).
+    void setContent(quint64 shareKey, const koReferenceContent& content, quint64 markKey);
+    // What happened on disk (a file written, where the project now lives): not undoable.
+    void setFileState(quint64 shareKey, const koReferenceContent& content);
     // The reference's content differs from its file though no node of it changed.
     void markChanged(quint64 shareKey);
-    // The reference's content now matches its file.
+    // The reference's content now matches its file. Inside an undo scope (content read
+    // again from disk) undo takes this back with the content; a save is never undone.
     void markSaved(quint64 shareKey);
+
+    // What is broken in the store; empty when it is whole.
+    QStringList brokenInvariants() const;
 
 signals:
     void sceneAboutToBeReset();
@@ -82,6 +95,8 @@ signals:
     void changeStateChanged(quint64 shareKey);
 
 private:
+    friend class koSceneStoreChecker;
+
     koNodeRecord* mutableNode(quint64 id);
     quint64 markKeyFor(quint64 childOwnerOf, Mark mark) const;
     void setFlag(quint64 id, const QByteArray& property, bool value, const QString& text);
@@ -93,7 +108,12 @@ private:
     void setNameRaw(quint64 id, const QString& name, quint64 markKey, int delta);
     void setContentRaw(quint64 shareKey, const std::optional<koReferenceContent>& content, quint64 markKey,
                        int delta);
+    bool canInsert(quint64 parent, const QVector<koNodeRecord>& nodes) const;
     void addChange(quint64 shareKey, int delta);
+    void setSavedCount(quint64 shareKey, int count);
+    koReferenceContent withFileStateOf(koReferenceContent links, quint64 shareKey) const;
+    bool isMemoryOnly(quint64 shareKey) const;
+    void verify() const;
 
     // Visits the node and everything below it, parents before children, in child order.
     void visitSubtree(quint64 id, const std::function<void(const koNodeRecord&)>& visit) const;

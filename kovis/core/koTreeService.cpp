@@ -2,6 +2,7 @@
 
 #include "koHandleList.h"
 #include "koReferenceEngine.h"
+#include "koSceneOperations.h"
 
 #include <kovis/koHost.h>
 
@@ -43,7 +44,7 @@ QList<kodNode> koTreeService::cloneNodes(const QList<kodNode>& nodes)
     QVector<quint64> ids;
     for (const kodNode& node : nodes)
         ids.append(node.getObjectId());
-    return koHandleList<kodNode>(koHost::engine()->cloneNodes(ids));
+    return koHandleList<kodNode>(koHost::engine()->operations().cloneNodes(ids));
 }
 
 QList<kodNode> koTreeService::getSelectedNodes() const

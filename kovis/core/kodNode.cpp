@@ -2,6 +2,7 @@
 
 #include "koHandleList.h"
 #include "koReferenceEngine.h"
+#include "koSceneOperations.h"
 #include "koSceneStore.h"
 
 #include <kovis/koHost.h>
@@ -35,7 +36,7 @@ QString kodNode::getName() const
 void kodNode::setName(const QString& name)
 {
     if (isValid())
-        koSceneStore::the()->setName(getObjectId(), name);
+        koHost::engine()->operations().rename(getObjectId(), name);
 }
 
 kodNode kodNode::getParent() const
@@ -125,7 +126,7 @@ unsigned kodNode::getIndex() const
 void kodNode::addChild(const kodNode& child)
 {
     if (isValid() && child.isValid())
-        koHost::engine()->moveNode(child.getObjectId(), getObjectId());
+        koHost::engine()->operations().moveNode(child.getObjectId(), getObjectId());
 }
 
 void kodNode::clearChildren()

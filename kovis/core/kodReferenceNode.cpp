@@ -1,6 +1,10 @@
 #include <kovis/kodReferenceNode.h>
 
 #include "koReferenceEngine.h"
+#include "koReferenceFileStates.h"
+#include "koReferenceLinks.h"
+#include "koReferenceLoading.h"
+#include "koReferenceSaving.h"
 #include "koSceneStore.h"
 
 #include <kovis/koHost.h>
@@ -73,49 +77,49 @@ bool kodReferenceNode::isRootNode() const
 void kodReferenceNode::createSmartReference()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->createSmartLink(getObjectId());
+        engine->links().createSmartLink(getObjectId());
 }
 
 void kodReferenceNode::createSourceReference()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->createSourceLink(getObjectId());
+        engine->links().createSourceLink(getObjectId());
 }
 
 void kodReferenceNode::removeSmartReference()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->removeSmartLink(getObjectId());
+        engine->links().removeSmartLink(getObjectId());
 }
 
 void kodReferenceNode::removeSourceReference()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->removeSourceLink(getObjectId());
+        engine->links().removeSourceLink(getObjectId());
 }
 
 void kodReferenceNode::unload()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->unload(getObjectId());
+        engine->loading().unload(getObjectId());
 }
 
 void kodReferenceNode::load()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->loadReference(getObjectId());
+        engine->loading().load(getObjectId());
 }
 
 void kodReferenceNode::loadSourceReference()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->importSource(getObjectId());
+        engine->loading().importSource(getObjectId());
 }
 
 void kodReferenceNode::loadSmartReference()
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->loadSmart(getObjectId());
+        engine->loading().loadSmart(getObjectId());
 }
 
 koReferenceTypes::State kodReferenceNode::getState() const
@@ -127,19 +131,19 @@ koReferenceTypes::State kodReferenceNode::getState() const
 bool kodReferenceNode::saveSmartReference()
 {
     koReferenceEngine* engine = engineFor(*this);
-    return engine && engine->save(getObjectId());
+    return engine && engine->saving().save(getObjectId());
 }
 
 bool kodReferenceNode::saveSmartReferenceAs(const QString& path, bool withSubReferences)
 {
     koReferenceEngine* engine = engineFor(*this);
-    return engine && engine->saveAs(getObjectId(), path, withSubReferences);
+    return engine && engine->saving().saveAs(getObjectId(), path, withSubReferences);
 }
 
 void kodReferenceNode::setSourcePath(const QString& path)
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->setSourcePath(getObjectId(), path);
+        engine->links().setSourcePath(getObjectId(), path);
 }
 
 QString kodReferenceNode::getSourcePath() const
@@ -151,20 +155,20 @@ QString kodReferenceNode::getSourcePath() const
 koReferenceTypes::FileState kodReferenceNode::getSourceFileState() const
 {
     koReferenceEngine* engine = engineFor(*this);
-    return engine ? engine->sourceFileState(getObjectId()) : koReferenceTypes::NoFile;
+    return engine ? engine->fileStates().sourceFileState(getObjectId()) : koReferenceTypes::NoFile;
 }
 
 QString kodReferenceNode::getSourceOwner() const
 {
     koReferenceEngine* engine = engineFor(*this);
-    const koFileSnapshot* file = engine ? engine->sourceSnapshot(getObjectId()) : nullptr;
+    const koFileSnapshot* file = engine ? engine->fileStates().sourceSnapshot(getObjectId()) : nullptr;
     return file ? file->owner : QString();
 }
 
 QDateTime kodReferenceNode::getSourceLastModified() const
 {
     koReferenceEngine* engine = engineFor(*this);
-    const koFileSnapshot* file = engine ? engine->sourceSnapshot(getObjectId()) : nullptr;
+    const koFileSnapshot* file = engine ? engine->fileStates().sourceSnapshot(getObjectId()) : nullptr;
     return file ? file->modified : QDateTime();
 }
 
@@ -177,7 +181,7 @@ QDateTime kodReferenceNode::getSourceImportDate() const
 void kodReferenceNode::setSmartPath(const QString& path)
 {
     if (koReferenceEngine* engine = engineFor(*this))
-        engine->setSmartPath(getObjectId(), path);
+        engine->links().setSmartPath(getObjectId(), path);
 }
 
 QString kodReferenceNode::getSmartPath() const
@@ -189,32 +193,32 @@ QString kodReferenceNode::getSmartPath() const
 QString kodReferenceNode::createSmartPath(koReferenceTypes::ExportLocation location, QString customFolder) const
 {
     koReferenceEngine* engine = engineFor(*this);
-    return engine ? engine->proposeSmartPath(getObjectId(), location, customFolder) : QString();
+    return engine ? engine->links().proposeSmartPath(getObjectId(), location, customFolder) : QString();
 }
 
 koReferenceTypes::FileState kodReferenceNode::getSmartFileState() const
 {
     koReferenceEngine* engine = engineFor(*this);
-    return engine ? engine->smartFileState(getObjectId()) : koReferenceTypes::NoFile;
+    return engine ? engine->fileStates().smartFileState(getObjectId()) : koReferenceTypes::NoFile;
 }
 
 QString kodReferenceNode::getSmartOwner() const
 {
     koReferenceEngine* engine = engineFor(*this);
-    const koFileSnapshot* file = engine ? engine->smartSnapshot(getObjectId()) : nullptr;
+    const koFileSnapshot* file = engine ? engine->fileStates().smartSnapshot(getObjectId()) : nullptr;
     return file ? file->owner : QString();
 }
 
 QDateTime kodReferenceNode::getSmartLastModified() const
 {
     koReferenceEngine* engine = engineFor(*this);
-    const koFileSnapshot* file = engine ? engine->smartSnapshot(getObjectId()) : nullptr;
+    const koFileSnapshot* file = engine ? engine->fileStates().smartSnapshot(getObjectId()) : nullptr;
     return file ? file->modified : QDateTime();
 }
 
 QDateTime kodReferenceNode::getSmartCreationDate() const
 {
     koReferenceEngine* engine = engineFor(*this);
-    const koFileSnapshot* file = engine ? engine->smartSnapshot(getObjectId()) : nullptr;
+    const koFileSnapshot* file = engine ? engine->fileStates().smartSnapshot(getObjectId()) : nullptr;
     return file ? file->created : QDateTime();
 }

@@ -23,7 +23,7 @@ private slots:
     void init();
     void undoRedoRestoresTheScene_data();
     void undoRedoRestoresTheScene();
-    void changesOutsideAScopeAreNotUndoable();
+    void changesOutsideAScopeAreStepsOfTheirOwn();
     void emptyScopeLeavesNoStep();
     void nestedScopesMakeOneStepNamedByTheFirstLabel();
     void undoneRemovalRevivesHandles();
@@ -114,12 +114,16 @@ void tst_koUndo::undoRedoRestoresTheScene()
     QCOMPARE(koTestHost::sceneSnapshot(), before);
 }
 
-void tst_koUndo::changesOutsideAScopeAreNotUndoable()
+void tst_koUndo::changesOutsideAScopeAreStepsOfTheirOwn()
 {
+    const QByteArray before = koTestHost::sceneSnapshot();
     byName("Beam").setName(QStringLiteral("Girder"));
     referenceNamed("Wheel").setSourcePath(m_host.path(QStringLiteral("other.obj")));
-    QCOMPARE(koUndoStack::the()->count(), 0);
+    QCOMPARE(koUndoStack::the()->count(), 2);
     QVERIFY(koService<koReferenceService>()->getSceneReferences().first().isChanged());
+    koUndoStack::the()->undo();
+    koUndoStack::the()->undo();
+    QCOMPARE(koTestHost::sceneSnapshot(), before);
 }
 
 void tst_koUndo::emptyScopeLeavesNoStep()

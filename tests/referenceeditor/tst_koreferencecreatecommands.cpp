@@ -212,9 +212,11 @@ void tst_koReferenceCreateCommands::replace_data()
     QTest::newRow("smart: changed, OK") << true << "Smart" << "smart/other.kpr" << QString() << true << ok
                                         << smartQuestion + '\n' + changedText + notUndoable << false
                                         << "other smart/other.kpr -" << "smart/other.kpr";
-    QTest::newRow("smart: unsaved and unchanged, no question")
-        << true << "Fresh" << QString() << "smart/shape.osb" << false << none << QString() << false
-        << "shape smart/shape.osb parts/c.stl" << "smart/shape.osb";
+    // Content never written exists only in memory: replacing it is a change to confirm.
+    QTest::newRow("smart: unsaved, OK")
+        << true << "Fresh" << QString() << "smart/shape.osb" << false << ok
+        << "Replace Smart Reference|" + changedText + notUndoable << false << "shape smart/shape.osb parts/c.stl"
+        << "smart/shape.osb";
     QTest::newRow("smart: unsaved but changed")
         << true << "Fresh" << QString() << "smart/shape.osb" << true << cancel
         << "Replace Smart Reference|" + changedText + notUndoable << false << "Fresh unsaved parts/c.stl"

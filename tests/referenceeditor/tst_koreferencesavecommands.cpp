@@ -225,29 +225,31 @@ void tst_koReferenceSaveCommands::saveSelected_data()
     QTest::addColumn<QString>("dialog");
     QTest::addColumn<QStringList>("expectedPaths");
     QTest::addColumn<QStringList>("expectedFiles");
+    // A new sub-reference counts as changed: its content exists only in memory.
+    QTest::addColumn<bool>("warnsOfSubReferences");
 
     QTest::newRow("nothing unsaved") << QStringList() << QStringList{"Saved", "Wheel"} << QString()
-                                     << QStringList{"Saved=saved/saved.kpr", "Wheel=-"} << QStringList();
+                                     << QStringList{"Saved=saved/saved.kpr", "Wheel=-"} << QStringList() << false;
     QTest::newRow("next to the source")
         << QStringList{"convert:Wheel"} << QStringList{"Wheel"} << "next" << QStringList{"Wheel=parts/wheel.kpr"}
-        << QStringList{"parts/wheel.kpr"};
+        << QStringList{"parts/wheel.kpr"} << false;
     QTest::newRow("clones share one file")
         << QStringList{"convert:Wheel", "clone:Wheel"} << QStringList{"Wheel", "Wheel clone"} << "next"
-        << QStringList{"Wheel=parts/wheel.kpr", "Wheel clone=parts/wheel.kpr"} << QStringList{"parts/wheel.kpr"};
+        << QStringList{"Wheel=parts/wheel.kpr", "Wheel clone=parts/wheel.kpr"} << QStringList{"parts/wheel.kpr"} << false;
     QTest::newRow("unloaded reference only takes its name")
         << QStringList{"convert:WheelStl", "unload:WheelStl", "convert:Wheel", "file:parts/wheel.kpr"}
         << QStringList{"WheelStl", "Wheel"} << "next" << QStringList{"WheelStl=-", "Wheel=parts/wheel_1.kpr"}
-        << QStringList{"parts/wheel.kpr", "parts/wheel_1.kpr"};
+        << QStringList{"parts/wheel.kpr", "parts/wheel_1.kpr"} << false;
     QTest::newRow("no source: only a custom folder")
         << QStringList{"bare:Bare"} << QStringList{"Bare"} << "custom only" << QStringList{"Bare=custom/Bare.kpr"}
-        << QStringList{"custom/Bare.kpr"};
+        << QStringList{"custom/Bare.kpr"} << false;
     QTest::newRow("new sub-reference") << QStringList{"convert:Headset"} << QStringList{"Frame"} << "next"
                                        << QStringList{"Frame=frame/frame.kpr", "Headset=frame/headset.kpr"}
-                                       << QStringList{"frame/headset.kpr"};
+                                       << QStringList{"frame/headset.kpr"} << true;
     QTest::newRow("stale handle") << QStringList{"convert:Wheel", "remove:Wheel"} << QStringList{"Wheel removed"}
-                                  << QString() << QStringList{"Wheel removed=-"} << QStringList();
+                                  << QString() << QStringList{"Wheel removed=-"} << QStringList() << false;
     QTest::newRow("location dialog cancelled") << QStringList{"convert:Wheel"} << QStringList{"Wheel"} << "reject"
-                                               << QStringList{"Wheel=-"} << QStringList();
+                                               << QStringList{"Wheel=-"} << QStringList() << false;
 }
 
 void tst_koReferenceSaveCommands::saveSelected()
@@ -257,9 +259,12 @@ void tst_koReferenceSaveCommands::saveSelected()
     QFETCH(QString, dialog);
     QFETCH(QStringList, expectedPaths);
     QFETCH(QStringList, expectedFiles);
+    QFETCH(bool, warnsOfSubReferences);
 
     prepare(steps);
     koDialogDriver driver;
+    if (warnsOfSubReferences)
+        driver.answerMessageBox(QMessageBox::Ok);
     if (!dialog.isEmpty())
         answerLocationDialog(driver, dialog, QStringLiteral("custom"));
 
@@ -267,6 +272,8 @@ void tst_koReferenceSaveCommands::saveSelected()
 
     QCOMPARE(driver.unexpected(), QStringList());
     QCOMPARE(driver.pendingSteps(), 0);
+    if (warnsOfSubReferences)
+        QCOMPARE(driver.messageBoxes().first().title, QStringLiteral("Save Smart References"));
     QCOMPARE(smartPaths(namesIn(expectedPaths)), expectedPaths);
     QCOMPARE(smartFiles(), expectedFiles);
 }

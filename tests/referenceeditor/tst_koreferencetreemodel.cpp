@@ -95,8 +95,9 @@ void tst_koReferenceTreeModel::displayText_data()
         << koTestHost::reference("Engine", "Engine.kpr", "engine_v2.CATProduct", {{"locked", true}}) << QString()
         << "Engine [" + colored(koStyle::getLockedItemColor(), "kpr") + " | "
                + colored(koStyle::getLockedItemColor(), "engine_v2.CATProduct") + "]";
+    // Content never written is a change: it would be lost without a save.
     QTest::newRow("unsaved smart link") << koTestHost::reference("Wheel", QString(), "rim.obj") << "convert"
-                                        << "Wheel [" + upToDate("rim.obj") + "]";
+                                        << "*Wheel [" + upToDate("rim.obj") + "]";
 }
 
 void tst_koReferenceTreeModel::displayText()

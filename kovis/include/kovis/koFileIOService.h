@@ -12,6 +12,7 @@ public:
     // Groups of getImportFileFilter().
     enum FileGroup { ProjectFiles = 0, SmartFiles = 1, GeometryFiles = 2, AllFiles = 3, ImportFiles = 4 };
     Q_ENUM(FileGroup)
+    enum class SaveOutcome { Saved, Cancelled, Failed };
 
     explicit koFileIOService(QObject* parent = nullptr);
 
@@ -20,8 +21,12 @@ public:
 
     // Replaces the scene with the project; on failure the scene stays as it was.
     virtual bool loadProject(const QString& path);
-    // Writes the scene to the path (the project's own file when empty).
-    virtual bool saveProject(const QString& path = QString());
+    // Writes the scene to the path (the project's own file when empty). New smart
+    // references below get their files first: a module that answers
+    // koInternalUiService::requestUiSmartPathsUpdate places them (and may cancel),
+    // else the host does.
+    virtual SaveOutcome writeProject(const QString& path = QString());
+    bool saveProject(const QString& path = QString()) { return writeProject(path) == SaveOutcome::Saved; }
     virtual void newProject();
     virtual QString getProjectPath() const;
 

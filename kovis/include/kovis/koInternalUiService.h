@@ -12,6 +12,9 @@ class KOVIS_EXPORT koInternalUiService : public koBaseService
 public:
     using koBaseService::koBaseService;
 
+    // Whether a module places new smart files when the host saves.
+    bool answersSmartPathsUpdate() const;
+
 signals:
     void requestUiLoadReferences(QList<kodReferenceNode> references);
     void requestUiUnloadReferences(QList<kodReferenceNode> references);

@@ -22,7 +22,13 @@ bool koHostCommandLine::wantsWindow(const QStringList& arguments)
 void koHostCommandLine::parse(const QCoreApplication& application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(tr("Kovis host: opens a project and runs the plug-ins on it."));
+    parser.setApplicationDescription(
+        tr("Kovis host: opens a project and runs the plug-ins on it.\n\n"
+           "--list-references and --check print one line per reference, its fields separated by tabs; "
+           "in names and paths a backslash is written as \\\\, a tab as \\t, a newline as \\n and "
+           "a carriage return as \\r.\n\n"
+           "Exit codes: 0 all fine; 1 a linked file is missing (--check); 2 bad input, such as a project "
+           "that cannot be opened."));
     parser.addHelpOption();
     parser.addOptions({
         {screenshotOption, tr("Write a picture of the main window to <file> once it has started, then exit."),

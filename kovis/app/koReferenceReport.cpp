@@ -13,12 +13,38 @@
 
 namespace {
 
+// Keeps one reference on one line and the fields apart, whatever the names hold.
+QString escaped(const QString& text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const QChar c : text) {
+        switch (c.unicode()) {
+        case '\\':
+            result += QLatin1String("\\\\");
+            break;
+        case '\t':
+            result += QLatin1String("\\t");
+            break;
+        case '\n':
+            result += QLatin1String("\\n");
+            break;
+        case '\r':
+            result += QLatin1String("\\r");
+            break;
+        default:
+            result += c;
+        }
+    }
+    return result;
+}
+
 QString shownPath(const QString& path, const QDir& projectFolder)
 {
     if (path.isEmpty())
         return QStringLiteral("-");
     const QString relative = projectFolder.relativeFilePath(path);
-    return QDir::toNativeSeparators(relative.startsWith(QLatin1String("..")) ? path : relative);
+    return escaped(QDir::toNativeSeparators(relative.startsWith(QLatin1String("..")) ? path : relative));
 }
 
 } // namespace
@@ -41,7 +67,7 @@ int koReferenceReport::run(const QString& project, bool check, QTextStream& out,
         const auto smartState = reference.getSmartFileState();
         const auto sourceState = reference.getSourceFileState();
         missing += (smartState == koReferenceTypes::Missing) + (sourceState == koReferenceTypes::Missing);
-        out << koNodeInformation::scenePath(reference) << '\t' << shownPath(reference.getSmartPath(), folder) << '\t'
+        out << escaped(koNodeInformation::scenePath(reference)) << '\t' << shownPath(reference.getSmartPath(), folder) << '\t'
             << koFileStateText::state(smartState, QStringLiteral("-")) << '\t' << shownPath(reference.getSourcePath(), folder) << '\t'
             << koFileStateText::state(sourceState, QStringLiteral("-")) << '\n';
     }

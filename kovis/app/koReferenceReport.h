@@ -5,7 +5,8 @@
 #include <QTextStream>
 
 // The references of a project as text for pipelines: one tab-separated line per
-// reference with its place in the tree and the path and state of each link.
+// reference with its place in the tree and the path and state of each link. Backslash,
+// tab, newline and carriage return in names and paths are written as \\, \t, \n and \r.
 class koReferenceReport
 {
     Q_DECLARE_TR_FUNCTIONS(koReferenceReport)

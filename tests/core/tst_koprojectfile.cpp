@@ -11,6 +11,8 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <ctime>
+
 class tst_koProjectFile : public QObject
 {
     Q_OBJECT
@@ -93,6 +95,31 @@ QString describe(const koSceneNodeDesc& node)
         fields.append(QLatin1Char('(') + describe(child) + QLatin1Char(')'));
     return fields.join(QLatin1Char('|'));
 }
+
+// Sets the process's time zone while it lives; a POSIX rule needs no time zone database.
+class ScopedTimeZone
+{
+public:
+    explicit ScopedTimeZone(const QByteArray& zone)
+        : m_saved(qgetenv("TZ"))
+        , m_wasSet(qEnvironmentVariableIsSet("TZ"))
+    {
+        qputenv("TZ", zone);
+        tzset();
+    }
+    ~ScopedTimeZone()
+    {
+        if (m_wasSet)
+            qputenv("TZ", m_saved);
+        else
+            qunsetenv("TZ");
+        tzset();
+    }
+
+private:
+    QByteArray m_saved;
+    bool m_wasSet;
+};
 
 koSceneNodeDesc projectHolding(const koSceneNodeDesc& node)
 {
@@ -178,6 +205,10 @@ void tst_koProjectFile::badProjectLoadsNothing_data()
     QTest::newRow("huge name") << project("{\"type\": \"group\", \"name\": \"" + QByteArray(100000, 'x') + "\"}")
                                << "longer than 4096 characters";
     QTest::newRow("deep nesting") << project(nested(300)) << "nested more than 256 levels deep";
+    QTest::newRow("local date past year 9999 in UTC")
+        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"reference\", \"name\": \"x\", "
+                   "\"sourceImported\": \"9999-12-31T23:00:00\"}]}")
+        << "\"sourceImported\" holds a date that cannot be written back";
     QTest::newRow("transform beyond a float")
         << project("{\"type\": \"group\", \"name\": \"r\", \"transform\": [1e39, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, "
                    "0, 0, 0, 1]}")
@@ -188,6 +219,9 @@ void tst_koProjectFile::badProjectLoadsNothing()
 {
     QFETCH(QByteArray, content);
     QFETCH(QString, message);
+
+    // Local dates in the rows are read west of UTC.
+    const ScopedTimeZone westOfUtc("EST5");
 
     const QString good = m_host.writeProject(QStringLiteral("good.kpr"), {koTestHost::group("Kept")});
     QVERIFY(koService<koFileIOService>()->loadProject(good));

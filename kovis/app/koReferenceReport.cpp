@@ -14,29 +14,12 @@
 namespace {
 
 // Keeps one reference on one line and the fields apart, whatever the names hold.
-QString escaped(const QString& text)
+QString escaped(QString text)
 {
-    QString result;
-    result.reserve(text.size());
-    for (const QChar c : text) {
-        switch (c.unicode()) {
-        case '\\':
-            result += QLatin1String("\\\\");
-            break;
-        case '\t':
-            result += QLatin1String("\\t");
-            break;
-        case '\n':
-            result += QLatin1String("\\n");
-            break;
-        case '\r':
-            result += QLatin1String("\\r");
-            break;
-        default:
-            result += c;
-        }
-    }
-    return result;
+    return text.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+        .replace(QLatin1Char('\t'), QLatin1String("\\t"))
+        .replace(QLatin1Char('\n'), QLatin1String("\\n"))
+        .replace(QLatin1Char('\r'), QLatin1String("\\r"));
 }
 
 QString shownPath(const QString& path, const QDir& projectFolder)

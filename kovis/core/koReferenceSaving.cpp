@@ -164,8 +164,9 @@ bool koReferenceSaving::writeFile(quint64 id, const QString& path)
 {
     const bool geometry = koSceneLoader::isGeometryFile(path);
     const koSceneNodeDesc content = m_engine.builder().describeContent(id, geometry);
+    const QString projectFolder = QFileInfo(m_engine.projectPath()).absolutePath();
     const QByteArray data = geometry ? koOsbFile::serialize(content)
-                                     : koProjectFile::serialize(content, QFileInfo(path).absolutePath());
+                                     : koProjectFile::serialize(content, QFileInfo(path).absolutePath(), projectFolder);
     QString error;
     if (koAtomicFile::write(path, data, &error))
         return true;

@@ -120,12 +120,81 @@ koSceneNodeDesc koSceneBuilder::describeContent(quint64 id, bool inlineReference
     if (!node)
         return content;
     content.name = node->name;
-    for (quint64 child : node->children)
-        content.children.append(describeNode(*m_engine.store()->node(child), inlineReferences));
+    Describing describing;
+    describing.inlineReferences = inlineReferences;
+    describeChildren(*node, content, describing);
+    tagInstances(content);
     return content;
 }
 
-koSceneNodeDesc koSceneBuilder::describeNode(const koNodeRecord& node, bool inlineReferences) const
+void koSceneBuilder::describeChildren(const koNodeRecord& node, koSceneNodeDesc& desc, Describing& describing) const
+{
+    for (quint64 child : node.children)
+        desc.children.append(describeNode(*m_engine.store()->node(child), describing));
+}
+
+namespace {
+
+// Equal as a file would hold them, apart from the instance's own name, flags and place.
+bool sameContent(const koSceneNodeDesc& a, const koSceneNodeDesc& b)
+{
+    if (a.type != b.type || a.vertices != b.vertices || a.faces != b.faces || a.reference != b.reference
+        || a.inlineContent != b.inlineContent || a.children.size() != b.children.size()) {
+        return false;
+    }
+    for (int i = 0; i < a.children.size(); ++i) {
+        const koSceneNodeDesc& left = a.children.at(i);
+        const koSceneNodeDesc& right = b.children.at(i);
+        if (left.name != right.name || left.visible != right.visible || left.locked != right.locked
+            || left.transform != right.transform || !sameContent(left, right)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void collectTagged(koSceneNodeDesc& node, QVector<koSceneNodeDesc*>& tagged)
+{
+    if (!node.instance.isEmpty())
+        tagged.append(&node);
+    for (koSceneNodeDesc& child : node.children)
+        collectTagged(child, tagged);
+}
+
+} // namespace
+
+void koSceneBuilder::tagInstances(koSceneNodeDesc& content)
+{
+    // A file shares content only between nodes it holds that really are alike: an
+    // instance edited apart from the others, or whose partners live in another file,
+    // is written as content of its own. Tags are numbered as met, so that the same
+    // scene writes the same bytes.
+    QVector<koSceneNodeDesc*> tagged;
+    collectTagged(content, tagged);
+    QHash<QString, koSceneNodeDesc*> first;
+    QHash<QString, int> alike;
+    for (koSceneNodeDesc* node : qAsConst(tagged)) {
+        koSceneNodeDesc*& original = first[node->instance];
+        if (!original)
+            original = node;
+        else if (sameContent(*original, *node))
+            ++alike[node->instance];
+    }
+    QHash<QString, QString> numbers;
+    for (koSceneNodeDesc* node : qAsConst(tagged)) {
+        const koSceneNodeDesc* original = first.value(node->instance);
+        if (alike.value(node->instance) == 0 || (node != original && !sameContent(*original, *node))) {
+            node->instance.clear();
+            continue;
+        }
+        auto number = numbers.find(node->instance);
+        if (number == numbers.end())
+            number = numbers.insert(node->instance, QString::number(numbers.size() + 1));
+        node->instance = number.value();
+    }
+}
+
+koSceneNodeDesc koSceneBuilder::describeNode(const koNodeRecord& node, Describing& describing) const
 {
     koSceneNodeDesc desc;
     desc.type = node.type;
@@ -136,17 +205,15 @@ koSceneNodeDesc koSceneBuilder::describeNode(const koNodeRecord& node, bool inli
     desc.vertices = node.vertexCount;
     desc.faces = node.faceCount;
     if (m_engine.store()->instances(node.shareKey).size() > 1)
-        desc.instance = QString::number(node.shareKey);
-    if (node.isReference()) {
-        describeReference(node, desc, inlineReferences);
-        return desc;
-    }
-    for (quint64 child : node.children)
-        desc.children.append(describeNode(*m_engine.store()->node(child), inlineReferences));
+        desc.instance = QLatin1Char('#') + QString::number(node.shareKey);
+    if (node.isReference())
+        describeReference(node, desc, describing);
+    else
+        describeChildren(node, desc, describing);
     return desc;
 }
 
-void koSceneBuilder::describeReference(const koNodeRecord& node, koSceneNodeDesc& desc, bool inlineReferences) const
+void koSceneBuilder::describeReference(const koNodeRecord& node, koSceneNodeDesc& desc, Describing& describing) const
 {
     desc.reference = *m_engine.store()->content(node.shareKey);
     // A smart file never written holds nothing: its content goes into this file until
@@ -154,7 +221,7 @@ void koSceneBuilder::describeReference(const koNodeRecord& node, koSceneNodeDesc
     if (desc.reference.smartUnsaved)
         desc.reference.smartPath.clear();
     desc.inlineContent = !desc.reference.hasSmart || desc.reference.smartPath.isEmpty();
-    if (inlineReferences)
+    if (describing.inlineReferences)
         desc.type = koNodeType::Group;
     if (!desc.reference.loaded) {
         if (const QVector<koSceneNodeDesc>* parked = m_engine.loading().parkedContent(node.shareKey);
@@ -163,8 +230,6 @@ void koSceneBuilder::describeReference(const koNodeRecord& node, koSceneNodeDesc
         }
         return;
     }
-    if (desc.inlineContent || inlineReferences) {
-        for (quint64 child : node.children)
-            desc.children.append(describeNode(*m_engine.store()->node(child), inlineReferences));
-    }
+    if (desc.inlineContent || describing.inlineReferences)
+        describeChildren(node, desc, describing);
 }

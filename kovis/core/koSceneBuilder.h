@@ -44,8 +44,14 @@ private:
     int materializeInstance(const koSceneNodeDesc& desc, int first, Built& out);
     koNodeRecord recordOf(const koSceneNodeDesc& desc);
     void stampFiles(koReferenceContent& content);
-    koSceneNodeDesc describeNode(const koNodeRecord& node, bool inlineReferences) const;
-    void describeReference(const koNodeRecord& node, koSceneNodeDesc& desc, bool inlineReferences) const;
+    struct Describing
+    {
+        bool inlineReferences = false;
+    };
+    koSceneNodeDesc describeNode(const koNodeRecord& node, Describing& describing) const;
+    void describeReference(const koNodeRecord& node, koSceneNodeDesc& desc, Describing& describing) const;
+    void describeChildren(const koNodeRecord& node, koSceneNodeDesc& desc, Describing& describing) const;
+    static void tagInstances(koSceneNodeDesc& content);
 
     koReferenceEngine& m_engine;
 };

@@ -1,0 +1,308 @@
+#include "koDialogDriver.h"
+#include "koReferenceEditorActions.h"
+#include "koReferenceEditorModule.h"
+#include "koReferenceSmartLocationDialogUI.h"
+#include "koScriptedFileDialog.h"
+#include "koTestHost.h"
+
+#include <kovis/koFileIOService.h>
+#include <kovis/koInternalUiService.h>
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koNodeBasedSelectionModel.h>
+#include <kovis/koReferenceService.h>
+#include <kovis/koUndoStack.h>
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QtTest>
+
+// What a user does with the editor's menus never throws away an edit without a
+// question, and what a question lets go can be brought back.
+class tst_koReferenceWorkKept : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void loadKeepsEdits_data();
+    void loadKeepsEdits();
+    void reimportIsUndoneByUndo_data();
+    void reimportIsUndoneByUndo();
+    void unloadedNewContentComesBack_data();
+    void unloadedNewContentComesBack();
+    void saveAsWritesNewSubReferences();
+    void hostSaveAsksOnceForNewSmartFiles_data();
+    void hostSaveAsksOnceForNewSmartFiles();
+
+private:
+    void trigger(const QString& path, const QStringList& selection = {});
+    // Groups are converted from the host's scene tree, which asks the editor to run the flow.
+    static void convertGroup(const QString& name);
+    void answerLocationDialog(koDialogDriver& driver, bool accept);
+
+    koTestHost m_host;
+    QString m_project;
+    std::unique_ptr<koReferenceEditorModule> m_module;
+};
+
+namespace {
+
+QAction* findAction(const QList<QAction*>& actions, const QString& path)
+{
+    const QString first = path.section(QLatin1Char('/'), 0, 0);
+    for (QAction* action : actions) {
+        if (action->text() != first)
+            continue;
+        const QString rest = path.section(QLatin1Char('/'), 1);
+        if (rest.isEmpty())
+            return action;
+        return action->menu() ? findAction(action->menu()->actions(), rest) : nullptr;
+    }
+    return nullptr;
+}
+
+QString nameOf(const QString& reference, int child = 0)
+{
+    const QList<kodNode> children = koTestHost::findReference(reference).getChildren();
+    return child < children.size() ? children.at(child).getName() : QStringLiteral("-");
+}
+
+} // namespace
+
+void tst_koReferenceWorkKept::init()
+{
+    m_host.writeFile(QStringLiteral("bell.obj"), "o Bell\nv 0 0 0\nf 1 1 1\n");
+    m_host.writeProject(QStringLiteral("frame.kpr"),
+                        {koTestHost::geometry("Tube"), koTestHost::group("Fork", {koTestHost::geometry("Blade")})});
+    m_host.writeProject(QStringLiteral("wheel.kpr"), {koTestHost::geometry("Rim")});
+    m_project = m_host.writeProject(
+        QStringLiteral("bike.kpr"),
+        {koTestHost::reference("Frame", "frame.kpr", QString()),
+         koTestHost::reference("Wheel", "wheel.kpr", QString(), {{"loaded", false}}),
+         koTestHost::group("Seat", {koTestHost::geometry("Saddle")}),
+         koTestHost::reference("Bell", QString(), "bell.obj")});
+    QDir(m_host.path(QStringLiteral("new"))).removeRecursively();
+    QVERIFY(koService<koFileIOService>()->loadProject(m_project));
+    koService<koReferenceService>()->setShowConvertToSmartWarning(false);
+    m_module = std::make_unique<koReferenceEditorModule>();
+    koTestHost::settle();
+}
+
+void tst_koReferenceWorkKept::cleanup()
+{
+    m_module.reset();
+}
+
+void tst_koReferenceWorkKept::trigger(const QString& path, const QStringList& selection)
+{
+    QList<kodNode> nodes;
+    for (const QString& name : selection)
+        nodes << koTestHost::findNode(name);
+    m_module->nodeSelectionModel()->selectNodes(nodes);
+    m_module->actions()->updateActions();
+    QAction* action = findAction(m_module->menuBar()->actions(), path);
+    if (!action)
+        action = findAction(m_module->actions()->contextMenu()->actions(), path);
+    QVERIFY2(action, qPrintable(path));
+    QVERIFY2(action->isEnabled(), qPrintable(path));
+    action->trigger();
+    koTestHost::settle();
+}
+
+void tst_koReferenceWorkKept::convertGroup(const QString& name)
+{
+    emit koService<koInternalUiService>()->requestUiConvertToSmarts({koTestHost::findNode(name)});
+    koTestHost::settle();
+    QVERIFY(koTestHost::findReference(name).hasSmartReference());
+}
+
+void tst_koReferenceWorkKept::answerLocationDialog(koDialogDriver& driver, bool accept)
+{
+    const QString folder = m_host.path(QStringLiteral("new"));
+    QDir().mkpath(folder);
+    driver.handleDialog([accept, folder](QDialog* shown) {
+        auto* dialog = qobject_cast<koReferenceSmartLocationDialogUI*>(shown);
+        QVERIFY(dialog);
+        dialog->m_location->setCurrentIndex(1);
+        dialog->m_customPath->setText(folder);
+        dialog->buttonBox->button(accept ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel)->click();
+    });
+}
+
+void tst_koReferenceWorkKept::loadKeepsEdits_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QStringList>("selection");
+
+    QTest::newRow("load all") << "File/Load All" << QStringList();
+    QTest::newRow("load a mixed selection") << "Load" << QStringList{"Frame", "Wheel", "Bell"};
+    QTest::newRow("import unloaded smart") << "(Re)Import Smart/Unloaded" << QStringList{"Frame", "Wheel"};
+}
+
+void tst_koReferenceWorkKept::loadKeepsEdits()
+{
+    QFETCH(QString, action);
+    QFETCH(QStringList, selection);
+    koTestHost::findNode(QStringLiteral("Tube")).setName(QStringLiteral("Edited Tube"));
+    koTestHost::findNode(QStringLiteral("Saddle")).setName(QStringLiteral("Edited Saddle"));
+
+    trigger(action, selection);
+
+    QCOMPARE(nameOf(QStringLiteral("Frame")), QStringLiteral("Edited Tube"));
+    QVERIFY(koTestHost::findNode(QStringLiteral("Edited Saddle")).isValid());
+    QVERIFY(koTestHost::findReference(QStringLiteral("Frame")).isChanged());
+    QVERIFY(kodReferenceNode(koService<koReferenceService>()->getSceneReferences().first()).isChanged());
+    QCOMPARE(nameOf(QStringLiteral("Wheel")), QStringLiteral("Rim"));
+}
+
+void tst_koReferenceWorkKept::reimportIsUndoneByUndo_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QStringList>("selection");
+    QTest::addColumn<QString>("edited");
+    QTest::addColumn<QString>("fromFile");
+
+    QTest::newRow("selected smart reference") << "(Re)Import Smart/Selected" << QStringList{"Frame"} << "Tube"
+                                              << "Tube";
+    QTest::newRow("the project itself") << "Edit/(Re)Import All Smart References" << QStringList() << "Saddle"
+                                        << "Saddle";
+}
+
+void tst_koReferenceWorkKept::reimportIsUndoneByUndo()
+{
+    QFETCH(QString, action);
+    QFETCH(QStringList, selection);
+    QFETCH(QString, edited);
+    QFETCH(QString, fromFile);
+    koTestHost::findNode(edited).setName(QStringLiteral("Edited"));
+    const QByteArray withEdit = koTestHost::sceneSnapshot();
+
+    trigger(action, selection);
+    QVERIFY(!koTestHost::findNode(QStringLiteral("Edited")).isValid());
+    QVERIFY(koTestHost::findNode(fromFile).isValid());
+
+    koUndoStack::the()->undo();
+    QCOMPARE(koTestHost::sceneSnapshot(), withEdit);
+    QVERIFY(koTestHost::findNode(QStringLiteral("Edited")).isValid());
+}
+
+void tst_koReferenceWorkKept::unloadedNewContentComesBack_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("group");
+    QTest::addColumn<QString>("unload");
+    QTest::addColumn<QString>("load");
+    QTest::addColumn<int>("answer");
+
+    QTest::newRow("converted reference, OK") << "Bell" << false << "Unload" << "Load" << int(QMessageBox::Ok);
+    QTest::newRow("converted reference, Cancel") << "Bell" << false << "Unload" << "Load" << int(QMessageBox::Cancel);
+    QTest::newRow("converted group, all") << "Seat" << true << "File/Unload All" << "File/Load All"
+                                          << int(QMessageBox::Ok);
+}
+
+void tst_koReferenceWorkKept::unloadedNewContentComesBack()
+{
+    QFETCH(QString, target);
+    QFETCH(bool, group);
+    QFETCH(QString, unload);
+    QFETCH(QString, load);
+    QFETCH(int, answer);
+    if (group)
+        convertGroup(target);
+    else
+        trigger(QStringLiteral("Convert to Smart Reference"), {target});
+    const kodReferenceNode reference = koTestHost::findReference(target);
+    const QString content = nameOf(target);
+    QVERIFY(reference.isChanged());
+
+    koDialogDriver driver;
+    driver.answerMessageBox(QMessageBox::StandardButton(answer));
+    trigger(unload, group ? QStringList() : QStringList{target});
+    QCOMPARE(driver.messageBoxes().size(), 1);
+    QCOMPARE(driver.messageBoxes().first().title, QStringLiteral("Unload Smart References"));
+    QCOMPARE(reference.isLoaded(), answer == QMessageBox::Cancel);
+    if (answer == QMessageBox::Cancel)
+        return;
+    QCOMPARE(reference.getChildCount(), 0u);
+
+    trigger(load, group ? QStringList() : QStringList{target});
+    QVERIFY(reference.isLoaded());
+    QCOMPARE(nameOf(target), content);
+    QVERIFY(reference.isChanged());
+}
+
+void tst_koReferenceWorkKept::saveAsWritesNewSubReferences()
+{
+    convertGroup(QStringLiteral("Fork"));
+    koScriptedFileDialog files;
+    files.answer(m_host.path(QStringLiteral("frame-copy.kpr")));
+    koDialogDriver driver;
+    answerLocationDialog(driver, true);
+
+    trigger(QStringLiteral("Save Smart As"), {QStringLiteral("Frame")});
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("frame-copy.kpr"))));
+    const kodReferenceNode fork = koTestHost::findReference(QStringLiteral("Fork"));
+    QCOMPARE(fork.getSmartPath(), m_host.path(QStringLiteral("new/Fork.kpr")));
+    QCOMPARE(fork.getSmartFileState(), koReferenceTypes::UpToDate);
+    QCOMPARE(nameOf(QStringLiteral("Fork")), QStringLiteral("Blade"));
+}
+
+void tst_koReferenceWorkKept::hostSaveAsksOnceForNewSmartFiles_data()
+{
+    QTest::addColumn<bool>("accept");
+    QTest::newRow("placed") << true;
+    QTest::newRow("cancelled") << false;
+}
+
+void tst_koReferenceWorkKept::hostSaveAsksOnceForNewSmartFiles()
+{
+    QFETCH(bool, accept);
+    convertGroup(QStringLiteral("Seat"));
+    const QByteArray projectBytes = [this] {
+        QFile file(m_project);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }();
+    int requests = 0;
+    QString askedFor;
+    const QMetaObject::Connection counting = connect(
+        koService<koInternalUiService>(), &koInternalUiService::requestUiSmartPathsUpdate, this,
+        [&](const kodNode&, const QString& path, bool&) {
+            ++requests;
+            askedFor = path;
+        });
+    koDialogDriver driver;
+    answerLocationDialog(driver, accept);
+
+    const auto outcome = koService<koFileIOService>()->writeProject();
+    disconnect(counting);
+
+    QCOMPARE(requests, 1);
+    QCOMPARE(askedFor, m_project);
+    QCOMPARE(driver.unexpected(), QStringList());
+    QFile written(m_project);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    if (!accept) {
+        QCOMPARE(outcome, koFileIOService::SaveOutcome::Cancelled);
+        QCOMPARE(written.readAll(), projectBytes);
+        QVERIFY(!QFile::exists(m_host.path(QStringLiteral("new/Seat.kpr"))));
+        return;
+    }
+    QCOMPARE(outcome, koFileIOService::SaveOutcome::Saved);
+    QVERIFY(koService<koFileIOService>()->loadProject(m_project));
+    const kodReferenceNode seat = koTestHost::findReference(QStringLiteral("Seat"));
+    QCOMPARE(seat.getSmartPath(), m_host.path(QStringLiteral("new/Seat.kpr")));
+    QCOMPARE(seat.getSmartFileState(), koReferenceTypes::UpToDate);
+    QCOMPARE(nameOf(QStringLiteral("Seat")), QStringLiteral("Saddle"));
+}
+
+QTEST_MAIN(tst_koReferenceWorkKept)
+#include "tst_koreferenceworkkept.moc"

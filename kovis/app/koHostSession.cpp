@@ -12,6 +12,7 @@ koHostSession::koHostSession(const QString& settingsFile)
 {
     koHost::initialize(settingsFile);
     koHost::setPlatformService(new koScreenPlatformService);
+    m_generalPage = std::make_unique<koGeneralPreferencesPage>();
     m_window = std::make_unique<koMainWindow>();
     koHost::setTreeService(new koSceneTreeService(m_window->sceneTree()));
 }
@@ -23,6 +24,7 @@ koHostSession::~koHostSession()
     m_window->releaseModules();
     m_plugins.unloadAll();
     m_window.reset();
+    m_generalPage.reset();
     koHost::shutdown();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "koGeneralPreferencesPage.h"
 #include "koMainWindow.h"
 #include "koPluginLoader.h"
 
@@ -25,6 +26,7 @@ public:
 private:
     void storeFirstDefaults();
 
+    std::unique_ptr<koGeneralPreferencesPage> m_generalPage;
     std::unique_ptr<koMainWindow> m_window;
     koPluginLoader m_plugins;
 };

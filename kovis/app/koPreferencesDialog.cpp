@@ -35,11 +35,16 @@ koPreferencesDialog::koPreferencesDialog(QWidget* parent)
         apply();
         accept();
     });
-    connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(m_buttons, &QDialogButtonBox::rejected, this, [this] {
+        // Defaults restored on a page are stored but not applied; Cancel takes them back.
+        preferences()->restore(m_applied);
+        reject();
+    });
     connect(m_buttons->button(QDialogButtonBox::Apply), &QPushButton::clicked, this, &koPreferencesDialog::apply);
     connect(m_buttons->button(QDialogButtonBox::RestoreDefaults), &QPushButton::clicked, this,
             &koPreferencesDialog::restoreDefaults);
     addPages();
+    m_applied = preferences()->snapshot();
     resize(sizeHint().expandedTo(QSize(640, 480)));
 }
 
@@ -68,24 +73,28 @@ koPreferencesCategory* koPreferencesDialog::currentCategory() const
     return qobject_cast<koPreferencesCategory*>(m_pages->currentWidget());
 }
 
+koPreferencesService* koPreferencesDialog::preferences()
+{
+    return koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
+}
+
 void koPreferencesDialog::apply()
 {
-    auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
     for (int page = 0; page < m_pages->count(); ++page) {
         auto* category = qobject_cast<koPreferencesCategory*>(m_pages->widget(page));
         category->saveValues();
         // The category acts on its changed values when it hears that it was applied.
-        preferences->notifyCategoryApplied(category->getName());
+        preferences()->notifyCategoryApplied(category->getName());
     }
-    preferences->sync();
+    preferences()->sync();
+    m_applied = preferences()->snapshot();
 }
 
 void koPreferencesDialog::restoreDefaults()
 {
-    koPreferencesCategory* category = currentCategory();
-    if (!category)
-        return;
-    category->initDefaults(true);
-    category->loadValues();
-    koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>()->notifyCategoryApplied(category->getName());
+    // The page shows its defaults; they take effect with OK or Apply.
+    if (koPreferencesCategory* category = currentCategory()) {
+        category->initDefaults(true);
+        category->loadValues();
+    }
 }

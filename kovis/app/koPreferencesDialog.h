@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovis/koPreferencesService.h>
+
 #include <QDialog>
 
 class QDialogButtonBox;
@@ -8,7 +10,8 @@ class QStackedWidget;
 class koPreferencesCategory;
 
 // The host's preferences: one page per registered category. Apply saves each page's
-// widgets into the store and tells the category to act on what changed.
+// widgets into the store and tells the category to act on what changed; Cancel puts
+// back what was stored when the dialog opened or was last applied.
 class koPreferencesDialog : public QDialog
 {
     Q_OBJECT
@@ -23,8 +26,10 @@ public:
 private:
     void addPages();
     koPreferencesCategory* currentCategory() const;
+    static koPreferencesService* preferences();
 
     QListWidget* m_categories;
     QStackedWidget* m_pages;
     QDialogButtonBox* m_buttons;
+    koPreferencesService::Snapshot m_applied;
 };

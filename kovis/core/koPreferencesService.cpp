@@ -84,6 +84,28 @@ void koPreferencesService::sync()
     m_settings->sync();
 }
 
+koPreferencesService::Snapshot koPreferencesService::snapshot() const
+{
+    Snapshot snapshot;
+    for (const QString& key : m_settings->allKeys())
+        snapshot.values.insert(key, m_settings->value(key));
+    snapshot.changedKeys = m_changedKeys;
+    return snapshot;
+}
+
+void koPreferencesService::restore(const Snapshot& snapshot)
+{
+    for (const QString& key : m_settings->allKeys()) {
+        if (!snapshot.values.contains(key)) {
+            m_settings->remove(key);
+            emit valueChanged(key);
+        }
+    }
+    for (auto it = snapshot.values.cbegin(); it != snapshot.values.cend(); ++it)
+        store(it.key(), it.value(), false);
+    m_changedKeys = snapshot.changedKeys;
+}
+
 namespace {
 
 QString defaultsKey(const QString& category)

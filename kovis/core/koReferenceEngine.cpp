@@ -80,6 +80,16 @@ void koReferenceEngine::setMonitoringEnabled(bool enabled)
 
 void koReferenceEngine::setMonitoringInterval(int milliseconds)
 {
+    // Monitoring stops through its own switch only; a zero interval would check without pause.
+    if (milliseconds <= 0) {
+        if (m_settings.monitoringEnabled) {
+            emit warning(tr("A check interval of %1 seconds was not taken: monitoring goes on every %2 seconds. "
+                            "Untick Enable to stop it.")
+                             .arg(milliseconds / 1000)
+                             .arg(m_settings.monitoringInterval / 1000));
+        }
+        return;
+    }
     m_settings.monitoringInterval = milliseconds;
     m_monitor->setInterval(milliseconds);
 }
@@ -126,6 +136,8 @@ bool koReferenceEngine::loadProject(const QString& path)
         root.children = std::move(content.children);
         resetScene(root);
         emit projectLoadFinished(projectFile, true);
+        if (m_settings.notificationMode == NotifyAtSessionStart)
+            m_fileStates->reportStaleFiles();
         return true;
     }
     emit warning(error);

@@ -30,11 +30,13 @@ class KOVIS_EXPORT koReferenceEngine : public QObject
 {
     Q_OBJECT
 public:
+    // Change notification modes of the preferences.
+    enum NotificationMode { NotifyNever = 0, NotifyAlways = 1, NotifyAtSessionStart = 2 };
     struct Settings
     {
         bool monitoringEnabled = true;
         int monitoringInterval = 5000;
-        int notificationMode = 1;
+        int notificationMode = NotifyAlways;
         bool showConvertWarning = true;
         int storeMode = 0;
         QString storeLocation;

@@ -111,7 +111,7 @@ void koReferenceFileStates::applySnapshots(const QHash<QString, QVector<quint64>
         changed += m_engine.store()->instances(shareKey);
     if (changed.isEmpty())
         return;
-    if (m_engine.settings().notificationMode == 1)
+    if (m_engine.settings().notificationMode == koReferenceEngine::NotifyAlways)
         emit m_engine.notice(tr("%n reference(s) changed on disk", nullptr, changed.size()));
     m_engine.announce(changed);
 }
@@ -125,4 +125,16 @@ void koReferenceFileStates::checkFiles()
     for (const QString& path : paths)
         snapshots.append(koFileStateCache::read(path));
     applySnapshots(files, paths, snapshots);
+}
+
+void koReferenceFileStates::reportStaleFiles()
+{
+    const auto stale = [](koReferenceTypes::FileState state) {
+        return state == koReferenceTypes::OutOfDate || state == koReferenceTypes::Missing;
+    };
+    int count = 0;
+    for (quint64 id : m_engine.sceneReferences())
+        count += stale(smartFileState(id)) || stale(sourceFileState(id));
+    if (count > 0)
+        emit m_engine.notice(tr("%n reference(s) have files that are out of date or missing", nullptr, count));
 }

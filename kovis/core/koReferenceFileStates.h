@@ -37,6 +37,8 @@ public:
                         const QVector<koFileSnapshot>& snapshots);
     // Reads every linked file again now and announces the references whose state changed.
     void checkFiles();
+    // One notice of the references whose files are out of date or missing, if any.
+    void reportStaleFiles();
 
 private:
     const koReferenceContent* contentOf(quint64 id) const;

@@ -118,8 +118,9 @@ QString koReferenceLinks::proposeSmartPath(quint64 id, koReferenceTypes::ExportL
         const QFileInfo source(links.sourcePath);
         return source.path() + QLatin1Char('/') + source.completeBaseName() + QStringLiteral(".kpr");
     }
+    // The stored custom folder counts only while the preferences choose it.
     QString folder = customFolder;
-    if (folder.isEmpty())
+    if (folder.isEmpty() && m_engine.settings().storeMode == koReferenceTypes::CustomFolder)
         folder = m_engine.settings().storeLocation;
     if (folder.isEmpty() && !m_engine.projectPath().isEmpty())
         folder = QFileInfo(m_engine.projectPath()).path();

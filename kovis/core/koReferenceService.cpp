@@ -54,13 +54,26 @@ void koReferenceService::loadPreferences()
     const auto* preferences = koKernelServiceFactory::the()->getServiceOrNull<koPreferencesService>();
     if (!preferences)
         return;
-    setChangeMonitoringEnabled(preferences->getBoolValue(monitoringEnabledKey, true));
-    setShowConvertToSmartWarning(preferences->getBoolValue(convertWarningKey, true));
-    setChangeNotificationMode(preferences->getIntValue(notificationModeKey, 1));
-    setSmartReferenceStoreMode(preferences->getIntValue(storeModeKey, 0));
-    setSmartReferenceStoreLocation(preferences->getStringValue(storeLocationKey, QString()));
-    setLoadSubReferencesMode(preferences->getIntValue(loadModeKey, 0));
-    setUpdateMonitoringInterval(preferences->getIntValue(monitoringIntervalKey, 5) * 1000);
+    // Only what differs from what the host does now is acted on.
+    const koReferenceEngine::Settings now = engine()->settings();
+    const auto update = [this](const auto& stored, const auto& current, auto setter) {
+        if (stored != current)
+            (this->*setter)(stored);
+    };
+    update(preferences->getBoolValue(monitoringEnabledKey, true), now.monitoringEnabled,
+           &koReferenceService::setChangeMonitoringEnabled);
+    update(preferences->getBoolValue(convertWarningKey, true), now.showConvertWarning,
+           &koReferenceService::setShowConvertToSmartWarning);
+    update(preferences->getIntValue(notificationModeKey, 1), now.notificationMode,
+           &koReferenceService::setChangeNotificationMode);
+    update(preferences->getIntValue(storeModeKey, 0), now.storeMode, &koReferenceService::setSmartReferenceStoreMode);
+    update(preferences->getStringValue(storeLocationKey, QString()), now.storeLocation,
+           &koReferenceService::setSmartReferenceStoreLocation);
+    update(preferences->getIntValue(loadModeKey, 0), now.loadMode, &koReferenceService::setLoadSubReferencesMode);
+    // A page that stores an interval of 0 pushes it itself and hears why it is refused.
+    const int interval = preferences->getIntValue(monitoringIntervalKey, 5);
+    if (interval > 0)
+        update(interval * 1000, now.monitoringInterval, &koReferenceService::setUpdateMonitoringInterval);
 }
 
 QList<kodReferenceNode> koReferenceService::getSceneReferences() const

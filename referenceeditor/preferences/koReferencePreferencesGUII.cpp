@@ -8,6 +8,7 @@
 #include <kovis/koReferenceService.h>
 
 #include <QIntValidator>
+#include <QLocale>
 
 namespace {
 
@@ -49,7 +50,12 @@ koReferencePreferencesGUII::koReferencePreferencesGUII(QWidget* parent)
     connect(m_smartReferenceStore, &QComboBox::currentTextChanged, this,
             &koReferencePreferencesGUII::updateEnabledStates);
     fillComboBoxes();
-    m_updateMonitoringInterval->setValidator(new QIntValidator(0, 10000, m_updateMonitoringInterval));
+    // Digits only: a group separator ("1,000") would read back as no number at all.
+    auto* interval = new QIntValidator(0, 10000, m_updateMonitoringInterval);
+    QLocale digitsOnly = QLocale::c();
+    digitsOnly.setNumberOptions(QLocale::RejectGroupSeparator);
+    interval->setLocale(digitsOnly);
+    m_updateMonitoringInterval->setValidator(interval);
     // The persistence settings are kept and defaulted, but the host does not act on them yet.
     m_smartReferenceChangePersistanceFrame->hide();
     registerCategory();

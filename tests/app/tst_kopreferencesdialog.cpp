@@ -59,23 +59,27 @@ koRecordingCategory& secondCategory()
 
 void tst_koPreferencesDialog::buttonsDriveTheCategories_data()
 {
-    QTest::addColumn<QDialogButtonBox::StandardButton>("button");
+    using Buttons = QList<QDialogButtonBox::StandardButton>;
+    QTest::addColumn<Buttons>("buttons");
     QTest::addColumn<QStringList>("first");
     QTest::addColumn<QStringList>("second");
 
-    QTest::newRow("apply") << QDialogButtonBox::Apply << QStringList{"loadValues", "saveValues", "applyChanges"}
-                           << QStringList{"loadValues", "saveValues", "applyChanges"};
-    QTest::newRow("ok") << QDialogButtonBox::Ok << QStringList{"loadValues", "saveValues", "applyChanges"}
-                        << QStringList{"loadValues", "saveValues", "applyChanges"};
-    QTest::newRow("cancel") << QDialogButtonBox::Cancel << QStringList{"loadValues"} << QStringList{"loadValues"};
-    QTest::newRow("restore defaults of the shown page")
-        << QDialogButtonBox::RestoreDefaults << QStringList{"loadValues", "initDefaults(true)", "loadValues", "applyChanges"}
-        << QStringList{"loadValues"};
+    const QStringList applied{"loadValues", "saveValues", "applyChanges"};
+    QTest::newRow("apply") << Buttons{QDialogButtonBox::Apply} << applied << applied;
+    QTest::newRow("ok") << Buttons{QDialogButtonBox::Ok} << applied << applied;
+    QTest::newRow("cancel") << Buttons{QDialogButtonBox::Cancel} << QStringList{"loadValues"} << QStringList{"loadValues"};
+    // Defaults fill the shown page; they take effect only with OK or Apply.
+    QTest::newRow("restore defaults, then cancel")
+        << Buttons{QDialogButtonBox::RestoreDefaults, QDialogButtonBox::Cancel}
+        << QStringList{"loadValues", "initDefaults(true)", "loadValues"} << QStringList{"loadValues"};
+    QTest::newRow("restore defaults, then OK")
+        << Buttons{QDialogButtonBox::RestoreDefaults, QDialogButtonBox::Ok}
+        << QStringList{"loadValues", "initDefaults(true)", "loadValues", "saveValues", "applyChanges"} << applied;
 }
 
 void tst_koPreferencesDialog::buttonsDriveTheCategories()
 {
-    QFETCH(QDialogButtonBox::StandardButton, button);
+    QFETCH(QList<QDialogButtonBox::StandardButton>, buttons);
     QFETCH(QStringList, first);
     QFETCH(QStringList, second);
 
@@ -86,7 +90,8 @@ void tst_koPreferencesDialog::buttonsDriveTheCategories()
         const auto* list = dialog.findChild<QListWidget*>(QStringLiteral("PreferencesCategories"));
         QCOMPARE(list->count(), 2);
         QCOMPARE(list->item(0)->text(), QStringLiteral("First"));
-        dialog.findChild<QDialogButtonBox*>()->button(button)->click();
+        for (QDialogButtonBox::StandardButton button : buttons)
+            dialog.findChild<QDialogButtonBox*>()->button(button)->click();
     }
     QCOMPARE(firstCategory().calls, first);
     QCOMPARE(secondCategory().calls, second);

@@ -1,11 +1,18 @@
+#include "koGeneralPreferencesPage.h"
 #include "koPreferencesDialog.h"
+#include "koReferenceFlatModelItem.h"
+#include "koReferenceTreeModel.h"
 #include "koTestHost.h"
 
+#include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
+#include <kovis/koLogService.h>
 #include <kovis/koPreferencesCategory.h>
 #include <kovis/koPreferencesService.h>
 #include <kovis/koReferenceService.h>
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLibrary>
 #include <QLineEdit>
@@ -13,6 +20,8 @@
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QtTest>
+
+#include <functional>
 
 Q_DECLARE_METATYPE(QDialogButtonBox::StandardButton)
 
@@ -31,18 +40,29 @@ koPreferencesCategory* referencesPage()
 
 } // namespace
 
-// The plug-in's page in the host's own preferences dialog, down to the reference service.
+// The plug-in's page in the host's own preferences dialog, down to what the host does.
 class tst_koReferencePreferencesInHost : public QObject
 {
     Q_OBJECT
 
 private slots:
     void initTestCase();
+    void init();
     void cleanupTestCase();
     void dialogButtonsReachTheReferenceService_data();
     void dialogButtonsReachTheReferenceService();
+    void notificationModeDecidesTheNotices_data();
+    void notificationModeDecidesTheNotices();
+    void storeModeDecidesWhereNewSmartFilesGo_data();
+    void storeModeDecidesWhereNewSmartFilesGo();
+    void colouredStateTextsCanBeSwitchedOff();
 
 private:
+    // Opens the dialog on a page, lets edit change its widgets, then presses the buttons.
+    void useDialog(const QString& pageName, const std::function<void(QWidget*)>& edit,
+                   const QList<QDialogButtonBox::StandardButton>& buttons);
+    int notices() const;
+
     koTestHost m_host;
     QLibrary m_plugin{QStringLiteral(PLUGIN_FILE)};
 };
@@ -55,6 +75,14 @@ void tst_koReferencePreferencesInHost::initTestCase()
     initPreferencesPlugin();
 }
 
+void tst_koReferencePreferencesInHost::init()
+{
+    // A host seeds the store with the defaults once; the page alone falls back to "off".
+    referencesPage()->initDefaults(false);
+    koService<koReferenceService>()->loadPreferences();
+    koService<koLogService>()->clear();
+}
+
 void tst_koReferencePreferencesInHost::cleanupTestCase()
 {
     QVERIFY(m_plugin.unload());
@@ -62,48 +90,156 @@ void tst_koReferencePreferencesInHost::cleanupTestCase()
     koService<koPreferencesService>()->sync();
 }
 
+void tst_koReferencePreferencesInHost::useDialog(const QString& pageName, const std::function<void(QWidget*)>& edit,
+                                                 const QList<QDialogButtonBox::StandardButton>& buttons)
+{
+    koPreferencesDialog dialog;
+    auto* categories = dialog.findChild<QListWidget*>(QStringLiteral("PreferencesCategories"));
+    const QList<QListWidgetItem*> items = categories->findItems(pageName, Qt::MatchExactly);
+    QCOMPARE(items.size(), 1);
+    categories->setCurrentItem(items.first());
+    edit(dialog.findChild<QStackedWidget*>()->currentWidget());
+    for (QDialogButtonBox::StandardButton button : buttons)
+        dialog.findChild<QDialogButtonBox*>()->button(button)->click();
+}
+
+int tst_koReferencePreferencesInHost::notices() const
+{
+    int count = 0;
+    for (const koLogService::Entry& entry : koService<koLogService>()->entries())
+        count += entry.level == koLogService::Info;
+    return count;
+}
+
 void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService_data()
 {
+    using Buttons = QList<QDialogButtonBox::StandardButton>;
     QTest::addColumn<int>("storedInterval");
     QTest::addColumn<QString>("typed");
-    QTest::addColumn<QDialogButtonBox::StandardButton>("button");
+    QTest::addColumn<Buttons>("buttons");
     QTest::addColumn<int>("hostInterval");
+    QTest::addColumn<int>("expectedStored");
+    QTest::addColumn<bool>("warned");
 
-    QTest::newRow("apply") << 5 << "7" << QDialogButtonBox::Apply << 7000;
-    QTest::newRow("ok") << 5 << "12" << QDialogButtonBox::Ok << 12000;
-    QTest::newRow("cancel") << 5 << "9" << QDialogButtonBox::Cancel << 5000;
-    QTest::newRow("restore defaults") << 30 << QString() << QDialogButtonBox::RestoreDefaults << 5000;
+    QTest::newRow("apply") << 5 << "7" << Buttons{QDialogButtonBox::Apply} << 7000 << 7 << false;
+    QTest::newRow("ok") << 5 << "12" << Buttons{QDialogButtonBox::Ok} << 12000 << 12 << false;
+    QTest::newRow("cancel") << 5 << "9" << Buttons{QDialogButtonBox::Cancel} << 5000 << 5 << false;
+    QTest::newRow("restore defaults, OK") << 30 << QString()
+                                          << Buttons{QDialogButtonBox::RestoreDefaults, QDialogButtonBox::Ok} << 5000
+                                          << 5 << false;
+    QTest::newRow("restore defaults, cancel")
+        << 30 << QString() << Buttons{QDialogButtonBox::RestoreDefaults, QDialogButtonBox::Cancel} << 30000 << 30
+        << false;
+    QTest::newRow("group separator typed") << 5 << "1,000" << Buttons{QDialogButtonBox::Ok} << 1000000 << 1000
+                                           << false;
+    QTest::newRow("zero while monitoring") << 5 << "0" << Buttons{QDialogButtonBox::Ok} << 5000 << 0 << true;
 }
 
 void tst_koReferencePreferencesInHost::dialogButtonsReachTheReferenceService()
 {
     QFETCH(int, storedInterval);
     QFETCH(QString, typed);
-    QFETCH(QDialogButtonBox::StandardButton, button);
+    QFETCH(QList<QDialogButtonBox::StandardButton>, buttons);
     QFETCH(int, hostInterval);
-
-    // A host seeds the store with the defaults once; the page alone falls back to "off".
-    referencesPage()->initDefaults(false);
+    QFETCH(int, expectedStored);
+    QFETCH(bool, warned);
     koService<koPreferencesService>()->setIntValue(intervalKey, storedInterval, false);
     koService<koReferenceService>()->loadPreferences();
 
-    koPreferencesDialog dialog;
-    auto* categories = dialog.findChild<QListWidget*>(QStringLiteral("PreferencesCategories"));
-    const QList<QListWidgetItem*> items = categories->findItems(QStringLiteral("References"), Qt::MatchExactly);
-    QCOMPARE(items.size(), 1);
-    categories->setCurrentItem(items.first());
-    QWidget* page = dialog.findChild<QStackedWidget*>()->currentWidget();
-    QCOMPARE(page->objectName(), QStringLiteral("koReferencePreferencesGUI"));
-    auto* interval = page->findChild<QLineEdit*>(QStringLiteral("m_updateMonitoringInterval"));
-    QCOMPARE(interval->text(), QString::number(storedInterval));
-
-    if (!typed.isNull()) {
-        interval->clear();
-        QTest::keyClicks(interval, typed);
-    }
-    dialog.findChild<QDialogButtonBox*>()->button(button)->click();
+    useDialog(QStringLiteral("References"), [&](QWidget* page) {
+        QCOMPARE(page->objectName(), QStringLiteral("koReferencePreferencesGUI"));
+        auto* interval = page->findChild<QLineEdit*>(QStringLiteral("m_updateMonitoringInterval"));
+        QCOMPARE(interval->text(), QString::number(storedInterval));
+        if (!typed.isNull()) {
+            interval->clear();
+            QTest::keyClicks(interval, typed);
+        }
+    }, buttons);
 
     QCOMPARE(koService<koReferenceService>()->getUpdateMonitoringInterval(), hostInterval);
+    QCOMPARE(koService<koPreferencesService>()->getIntValue(intervalKey, -1), expectedStored);
+    QCOMPARE(koService<koLogService>()->lastMessage().contains(QStringLiteral("Untick Enable")), warned);
+}
+
+void tst_koReferencePreferencesInHost::notificationModeDecidesTheNotices_data()
+{
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<int>("atOpening");
+    QTest::addColumn<int>("afterAChange");
+
+    QTest::newRow("always") << "Always" << 0 << 1;
+    QTest::newRow("at session start only") << "At session start only" << 1 << 0;
+    QTest::newRow("off") << "Off" << 0 << 0;
+}
+
+void tst_koReferencePreferencesInHost::notificationModeDecidesTheNotices()
+{
+    QFETCH(QString, mode);
+    QFETCH(int, atOpening);
+    QFETCH(int, afterAChange);
+    useDialog(QStringLiteral("References"), [&](QWidget* page) {
+        page->findChild<QComboBox*>(QStringLiteral("m_changeNotificationMode"))->setCurrentText(mode);
+    }, {QDialogButtonBox::Ok});
+    const QString part = m_host.writeFile(QStringLiteral("notices/part.obj"), "o Part\nv 0 0 0\nf 1 1 1\n");
+    const QString project = m_host.writeProject(
+        QStringLiteral("notices/project.kpr"),
+        {koTestHost::reference("Gone", QString(), "gone.obj"), koTestHost::reference("Part", QString(), "part.obj")});
+    koService<koLogService>()->clear();
+
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
+    QCOMPARE(notices(), atOpening);
+    koTestHost::setModified(part, QDateTime::currentDateTime().addDays(1));
+    koService<koReferenceService>()->checkFiles();
+    QCOMPARE(notices(), atOpening + afterAChange);
+}
+
+void tst_koReferencePreferencesInHost::storeModeDecidesWhereNewSmartFilesGo_data()
+{
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("source file location, no source") << "Source file location" << "store/project/Seat.kpr";
+    QTest::newRow("custom") << "Custom" << "store/custom/Seat.kpr";
+}
+
+void tst_koReferencePreferencesInHost::storeModeDecidesWhereNewSmartFilesGo()
+{
+    QFETCH(QString, mode);
+    QFETCH(QString, expected);
+    const QString custom = m_host.path(QStringLiteral("store/custom"));
+    QDir().mkpath(custom);
+    useDialog(QStringLiteral("References"), [&](QWidget* page) {
+        page->findChild<QLineEdit*>(QStringLiteral("m_smartReferenceStoreLocation"))->setText(custom);
+        page->findChild<QComboBox*>(QStringLiteral("m_smartReferenceStore"))->setCurrentText(mode);
+    }, {QDialogButtonBox::Ok});
+    const QString project = m_host.writeProject(QStringLiteral("store/project/project.kpr"),
+                                                {koTestHost::group("Seat", {koTestHost::geometry("Saddle")})});
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
+    koService<koReferenceService>()->convertToSmartReference(koTestHost::findNode(QStringLiteral("Seat")));
+
+    QVERIFY(koService<koFileIOService>()->saveProject());
+    QCOMPARE(koTestHost::findReference(QStringLiteral("Seat")).getSmartPath(), m_host.path(expected));
+    QVERIFY(QFile::exists(m_host.path(expected)));
+}
+
+void tst_koReferencePreferencesInHost::colouredStateTextsCanBeSwitchedOff()
+{
+    // Nothing in this process has read the setting yet: the model reads it once.
+    koGeneralPreferencesPage general;
+    general.initDefaults(false);
+    useDialog(QStringLiteral("General"), [](QWidget* page) {
+        page->findChild<QCheckBox*>(QStringLiteral("m_colouredStateTexts"))->setChecked(false);
+    }, {QDialogButtonBox::Ok});
+    m_host.writeFile(QStringLiteral("plain/rim.obj"), "o Rim\nv 0 0 0\nf 1 1 1\n");
+    QVERIFY(koService<koFileIOService>()->loadProject(
+        m_host.writeProject(QStringLiteral("plain/project.kpr"), {koTestHost::reference("Wheel", QString(), "rim.obj")})));
+
+    struct Model : koReferenceTreeModel
+    {
+        Model() { setRootItem(new koReferenceFlatModelItem(kodNode())); }
+    } model;
+    const kodNode wheel = koTestHost::findNode(QStringLiteral("Wheel"));
+    QCOMPARE(model.indexFromId(QVariant::fromValue(wheel), 0).data().toString(), QStringLiteral("Wheel [rim.obj]"));
 }
 
 QTEST_MAIN(tst_koReferencePreferencesInHost)

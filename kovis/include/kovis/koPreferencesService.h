@@ -3,7 +3,9 @@
 #include "koBaseService.h"
 
 #include <QScopedPointer>
+#include <QHash>
 #include <QSet>
+#include <QVariant>
 #include <QString>
 
 class QSettings;
@@ -37,6 +39,14 @@ public:
     virtual void notifyCategoryApplied(const QString& category);
 
     void sync();
+    // Every stored value and which are marked changed, to go back to (a dialog's Cancel).
+    struct Snapshot
+    {
+        QHash<QString, QVariant> values;
+        QSet<QString> changedKeys;
+    };
+    Snapshot snapshot() const;
+    void restore(const Snapshot& snapshot);
 
     // Whether the category's defaults were ever stored; the host stores them once.
     bool hasDefaults(const QString& category) const;

@@ -54,8 +54,10 @@ bool koSceneLoader::importSource(const QString& path, koSceneNodeDesc& content, 
 {
     const QFileInfo info(path);
     if (!info.isFile()) {
-        if (error)
-            *error = tr("%1 does not exist").arg(QDir::toNativeSeparators(path));
+        if (error) {
+            *error = (info.exists() ? tr("%1 is not a regular file") : tr("%1 does not exist"))
+                         .arg(QDir::toNativeSeparators(path));
+        }
         return false;
     }
     content.type = koNodeType::Group;

@@ -1,6 +1,6 @@
-#include "koObjReader.h"
 #include "koOsbFile.h"
 #include "koProjectFile.h"
+#include "koSceneLoader.h"
 
 #include <QDataStream>
 #include <QDir>
@@ -73,7 +73,8 @@ bool readFile(const QString& path, QString* error)
         return koProjectFile::read(path, content, error);
     if (suffix == QLatin1String("osb"))
         return koOsbFile::read(path, content, error);
-    return koObjReader::read(path, content, error);
+    // Sources are read the way a reference imports them.
+    return koSceneLoader::importSource(path, content, error);
 }
 
 bool make(Make what, const QString& path, const QByteArray& content, qint64 size)

@@ -136,6 +136,9 @@ void koReferenceFilterMenu::applyFilterToView()
         return;
     m_module->expandAllRows();
     pruneSelection();
+    // The proxy drops the rows it hides from the selection without a word, so the
+    // actions and path fields would go on showing a reference that is gone.
+    m_module->updateActions();
 }
 
 void koReferenceFilterMenu::pruneSelection()

@@ -75,35 +75,37 @@ void koReferenceFilterModel::setFilterFlag(int key, bool enabled, const QString&
         if (entry->second.empty())
             m_flags.erase(entry);
     }
-    refilter();
+    invalidateFilter();
 }
 
 void koReferenceFilterModel::setSearchText(const QRegExp& expression)
 {
-    m_search = koTextMatcher(expression);
-    refilter();
-}
-
-// One layout change: filtering row range by row range costs a pass over every
-// persistent index per range, and a fully expanded view holds thousands of them.
-void koReferenceFilterModel::refilter()
-{
-    invalidate();
+    setFilterRegExp(expression);
 }
 
 bool koReferenceFilterModel::isFilterEmpty() const
 {
-    return m_search.isEmpty() && m_flags.empty();
+    return filterRegExp().isEmpty() && m_flags.empty();
 }
 
 bool koReferenceFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
-    if (!m_search.isEmpty() && !matchesSearch(sourceRow, sourceParent))
+    const QRegExp expression = filterRegExp();
+    if (!expression.isEmpty() && !matchesSearch(matcherFor(expression), sourceRow, sourceParent))
         return false;
     return m_flags.empty() || passesFlags(sourceRow, sourceParent);
 }
 
-bool koReferenceFilterModel::matchesSearch(int sourceRow, const QModelIndex& sourceParent) const
+const koTextMatcher& koReferenceFilterModel::matcherFor(const QRegExp& expression) const
+{
+    // The expression may be set through the base class as well, which tells nobody.
+    if (!(m_search.expression() == expression))
+        m_search = koTextMatcher(expression);
+    return m_search;
+}
+
+bool koReferenceFilterModel::matchesSearch(const koTextMatcher& search, int sourceRow,
+                                           const QModelIndex& sourceParent) const
 {
     // Reference rows hand their texts over directly: this runs for every row of the
     // scene on each keystroke.
@@ -112,16 +114,17 @@ bool koReferenceFilterModel::matchesSearch(int sourceRow, const QModelIndex& sou
         references ? references->referenceItem(references->index(sourceRow, 0, sourceParent)) : nullptr;
     for (int column : {koReferenceModelItem::NameColumn, koReferenceModelItem::SmartLocationColumn,
                        koReferenceModelItem::SourceLocationColumn}) {
-        if (item ? m_search.matches(item->text(column)) : matchesCell(sourceRow, column, sourceParent))
+        if (item ? search.matches(item->text(column)) : matchesCell(search, sourceRow, column, sourceParent))
             return true;
     }
     return false;
 }
 
-bool koReferenceFilterModel::matchesCell(int sourceRow, int column, const QModelIndex& sourceParent) const
+bool koReferenceFilterModel::matchesCell(const koTextMatcher& search, int sourceRow, int column,
+                                         const QModelIndex& sourceParent) const
 {
     const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
-    return cell.isValid() && m_search.matches(cell.data(Qt::DisplayRole).toString());
+    return cell.isValid() && search.matches(cell.data(Qt::DisplayRole).toString());
 }
 
 bool koReferenceFilterModel::passesFlags(int sourceRow, const QModelIndex& sourceParent) const

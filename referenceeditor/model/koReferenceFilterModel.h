@@ -32,8 +32,9 @@ public:
     // Turns a filter key on or off; for the file-type key, one suffix (without dot,
     // case-sensitive) of its set.
     void setFilterFlag(int key, bool enabled, const QString& suffix);
+    // The search: the proxy's filter expression, matched against the reference's name
+    // and both locations.
     void setSearchText(const QRegExp& expression);
-    QRegExp searchText() const { return m_search.expression(); }
     // No search text and no filter key.
     bool isFilterEmpty() const;
     // Public: the window keeps selected only the rows this accepts, not their ancestors
@@ -41,11 +42,13 @@ public:
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
 
 private:
-    bool matchesSearch(int sourceRow, const QModelIndex& sourceParent) const;
-    bool matchesCell(int sourceRow, int column, const QModelIndex& sourceParent) const;
+    const koTextMatcher& matcherFor(const QRegExp& expression) const;
+    bool matchesSearch(const koTextMatcher& search, int sourceRow, const QModelIndex& sourceParent) const;
+    bool matchesCell(const koTextMatcher& search, int sourceRow, int column, const QModelIndex& sourceParent) const;
     bool passesFlags(int sourceRow, const QModelIndex& sourceParent) const;
-    void refilter();
 
     std::map<int, std::set<QString>> m_flags;
-    koTextMatcher m_search;
+    // Built from the filter expression when it changes: the expression itself is slow
+    // for the plain text users type.
+    mutable koTextMatcher m_search;
 };

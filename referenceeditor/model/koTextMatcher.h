@@ -18,11 +18,14 @@ public:
 
 private:
     bool containsPlain(const QString& text) const;
+    bool isSameLetter(QChar character, int at) const;
     int nextCandidate(const QString& text, int from) const;
+    // The smaller of two positions, -1 standing for none.
+    static int earlier(int one, int other);
 
     mutable QRegExp m_expression;
     // For a plain ASCII search without case: the text's letters are compared with the
-    // lower and the upper form of each character of the search.
+    // lower and the upper form of each character of the search, and with what folds to it.
     bool m_foldAscii = false;
     QString m_lower;
     QString m_upper;

@@ -5,6 +5,7 @@
 #include "koReferenceTreeModel.h"
 #include "koReferenceTreeRootItem.h"
 #include "koTestHost.h"
+#include "koTextMatcher.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -39,6 +40,10 @@ private slots:
     void searchesTheSameColumnsOfAnyModel();
     void turningOffAnAbsentKeyStillRefilters();
     void ancestorsOfMatchesStayVisible();
+    void searchExpressions_data();
+    void searchExpressions();
+    void plainMatchingAgreesWithTheExpression_data();
+    void plainMatchingAgreesWithTheExpression();
 
 private:
     koTestHost m_host;
@@ -195,6 +200,99 @@ void tst_koReferenceFilterModel::ancestorsOfMatchesStayVisible()
     const QModelIndex project = filter.index(0, 0);
     QCOMPARE(filter.rowCount(project), 1);
     QCOMPARE(filter.index(0, 0, project).data(Qt::UserRole).value<kodNode>().getName(), QStringLiteral("C"));
+}
+
+void tst_koReferenceFilterModel::searchExpressions_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<int>("syntax");
+    QTest::addColumn<bool>("caseSensitive");
+    QTest::addColumn<bool>("throughBase");
+    QTest::addColumn<QString>("expected");
+
+    const int fixed = QRegExp::FixedString;
+    QTest::newRow("plain text") << "plain" << fixed << false << false << "Plain part";
+    QTest::newRow("plain text through the base class") << "plain" << fixed << false << true << "Plain part";
+    QTest::newRow("Kelvin sign folds to k") << "KELVIN" << fixed << false << false << "\u212Aelvin scale";
+    QTest::newRow("long s folds to s") << "measure" << fixed << false << true << "Mea\u017Fure";
+    QTest::newRow("no folding with case") << "kelvin" << fixed << true << false << "";
+    QTest::newRow("regular expression through the base class")
+        << "^Mea.ure$" << int(QRegExp::RegExp) << true << true << "Mea\u017Fure";
+    QTest::newRow("wildcard through the base class") << "*.OBJ" << int(QRegExp::Wildcard) << true << true << "Plain part";
+    QTest::newRow("empty expression through the base class")
+        << "" << fixed << false << true << "Mea\u017Fure Plain part \u212Aelvin scale";
+}
+
+void tst_koReferenceFilterModel::searchExpressions()
+{
+    QFETCH(QString, pattern);
+    QFETCH(int, syntax);
+    QFETCH(bool, caseSensitive);
+    QFETCH(bool, throughBase);
+    QFETCH(QString, expected);
+
+    QStandardItemModel plain(0, koReferenceModelItem::ColumnCount);
+    const QList<QPair<QString, QString>> rows{{QStringLiteral("\u212Aelvin scale"), QStringLiteral("/src/scale.obj")},
+                                              {QStringLiteral("Mea\u017Fure"), QStringLiteral("/src/measure.obj")},
+                                              {QStringLiteral("Plain part"), QStringLiteral("/src/part.OBJ")}};
+    for (const auto& row : rows) {
+        QList<QStandardItem*> cells;
+        for (int column = 0; column < koReferenceModelItem::ColumnCount; ++column)
+            cells.append(new QStandardItem(QStringLiteral("-")));
+        cells.at(0)->setText(row.first);
+        cells.at(koReferenceModelItem::SourceLocationColumn)->setText(row.second);
+        plain.appendRow(cells);
+    }
+    koReferenceFilterModel filter;
+    filter.setSourceModel(&plain);
+    const QRegExp expression(pattern, caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive,
+                             QRegExp::PatternSyntax(syntax));
+    if (throughBase)
+        filter.QSortFilterProxyModel::setFilterRegExp(expression);
+    else
+        filter.setSearchText(expression);
+
+    QStringList shown;
+    for (int row = 0; row < filter.rowCount(); ++row)
+        shown.append(filter.index(row, 0).data().toString());
+    shown.sort();
+    QCOMPARE(shown.join(QLatin1Char(' ')), expected);
+    QCOMPARE(filter.isFilterEmpty(), pattern.isEmpty());
+}
+
+void tst_koReferenceFilterModel::plainMatchingAgreesWithTheExpression_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<bool>("caseSensitive");
+    QTest::addColumn<int>("syntax");
+
+    const int fixed = QRegExp::FixedString;
+    QTest::newRow("k without case") << "k" << false << fixed;
+    QTest::newRow("ks without case") << "Ks" << false << fixed;
+    QTest::newRow("ss without case") << "ss" << false << fixed;
+    QTest::newRow("i without case") << "i" << false << fixed;
+    QTest::newRow("Kelvin sign as the search") << "\u212A" << false << fixed;
+    QTest::newRow("long s as the search") << "\u017F" << false << fixed;
+    QTest::newRow("sharp s as the search") << "\u00DF" << false << fixed;
+    QTest::newRow("k with case") << "k" << true << fixed;
+    QTest::newRow("regular expression") << "k.l" << false << int(QRegExp::RegExp);
+    QTest::newRow("wildcard") << "*s?" << false << int(QRegExp::Wildcard);
+}
+
+void tst_koReferenceFilterModel::plainMatchingAgreesWithTheExpression()
+{
+    QFETCH(QString, pattern);
+    QFETCH(bool, caseSensitive);
+    QFETCH(int, syntax);
+
+    const QRegExp expression(pattern, caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive,
+                             QRegExp::PatternSyntax(syntax));
+    const koTextMatcher matcher(expression);
+    const QStringList texts{"",           "kelvin",         "KELVIN",         "\u212Aelvin", "Ma\u017F\u017F",
+                            "MASS",       "Stra\u00DFe",   "STRASSE",        "\u0130stanbul", "\u0131i",
+                            "x\u212A",   "\u017Fk",       "\U00010400", "plain k",        "kl"};
+    for (const QString& text : texts)
+        QVERIFY2(matcher.matches(text) == (text.indexOf(expression) >= 0), qPrintable(text));
 }
 
 QTEST_MAIN(tst_koReferenceFilterModel)

@@ -1,5 +1,6 @@
 #include "HtmlDelegate.h"
 
+#include <QAbstractItemView>
 #include <QAbstractTextDocumentLayout>
 #include <QApplication>
 #include <QPainter>
@@ -16,20 +17,16 @@ void prepareDocument(QTextDocument& document, const QStyleOptionViewItem& option
 
 } // namespace
 
-bool HtmlDelegate::isRichText(const QString& text)
-{
-    return text.contains(QLatin1Char('<'));
-}
-
 void HtmlDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    QStyleOptionViewItem item = option;
-    initStyleOption(&item, index);
-    if (!isRichText(item.text)) {
+    const QVariant rich = index.data(RichTextRole);
+    if (!rich.isValid()) {
         QStyledItemDelegate::paint(painter, option, index);
         return;
     }
-    const QString html = item.text;
+    QStyleOptionViewItem item = option;
+    initStyleOption(&item, index);
+    const QString html = rich.toString();
     item.text.clear();
     QStyle* style = item.widget ? item.widget->style() : QApplication::style();
     style->drawControl(QStyle::CE_ItemViewItem, &item, painter, item.widget);
@@ -67,17 +64,50 @@ void HtmlDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, 
 
 QSize HtmlDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    QStyleOptionViewItem item = option;
-    initStyleOption(&item, index);
-    if (!isRichText(item.text))
-        return QStyledItemDelegate::sizeHint(option, index);
-    // Sizing columns asks for a thousand rows; the text's colours do not change its
-    // width, so it is measured without its tags instead of laid out as a document.
-    item.text = withoutTags(item.text);
-    return QStyledItemDelegate::sizeHint(item, index);
+    const QVariant rich = index.data(RichTextRole);
+    QSize size;
+    if (rich.isValid()) {
+        // Sizing columns asks for a thousand rows; the text's colours do not change its
+        // width, so it is measured as plain text instead of laid out as a document.
+        QStyleOptionViewItem item = option;
+        initStyleOption(&item, index);
+        item.text = plainText(rich.toString());
+        const QWidget* widget = item.widget;
+        QStyle* style = widget ? widget->style() : QApplication::style();
+        size = style->sizeFromContents(QStyle::CT_ItemViewItem, &item, QSize(), widget);
+    } else {
+        size = QStyledItemDelegate::sizeHint(option, index);
+    }
+    if (m_rowHeight > 0)
+        size.setHeight(m_rowHeight);
+    return size;
 }
 
-QString HtmlDelegate::withoutTags(const QString& html)
+void HtmlDelegate::setRowHeight(int height)
+{
+    if (height == m_rowHeight)
+        return;
+    m_rowHeight = height;
+    emit sizeHintChanged(QModelIndex());
+}
+
+QSize HtmlDelegate::naturalSize(const QAbstractItemView* view, const QString& text, const QSize& iconSize)
+{
+    QStyleOptionViewItem option;
+    option.initFrom(view);
+    option.font = view->font();
+    option.fontMetrics = QFontMetrics(option.font);
+    option.features = QStyleOptionViewItem::HasDisplay;
+    if (!iconSize.isEmpty()) {
+        option.features |= QStyleOptionViewItem::HasDecoration;
+        option.decorationSize = iconSize;
+    }
+    option.text = text;
+    return view->style()->sizeFromContents(QStyle::CT_ItemViewItem, &option, QSize(), view);
+}
+
+// Our rich texts are plain text escaped by QString::toHtmlEscaped between tags.
+QString HtmlDelegate::plainText(const QString& html)
 {
     QString text;
     text.reserve(html.size());
@@ -90,5 +120,8 @@ QString HtmlDelegate::withoutTags(const QString& html)
         else if (!inTag)
             text.append(character);
     }
-    return text;
+    return text.replace(QLatin1String("&lt;"), QLatin1String("<"))
+        .replace(QLatin1String("&gt;"), QLatin1String(">"))
+        .replace(QLatin1String("&quot;"), QLatin1String("\""))
+        .replace(QLatin1String("&amp;"), QLatin1String("&"));
 }

@@ -1,5 +1,6 @@
 #include "koReferenceModelItem.h"
 
+#include "HtmlDelegate.h"
 #include "koReferenceStateText.h"
 #include "koReferenceTreeModel.h"
 
@@ -15,6 +16,8 @@ koReferenceModelItem::koReferenceModelItem(const kodNode& node, bool nested, koM
 
 QVariant koReferenceModelItem::data(int column, int role) const
 {
+    if (role == HtmlDelegate::RichTextRole)
+        return richText(column);
     if (column == NameColumn || role != Qt::DisplayRole || column >= ColumnCount)
         return koNodeModelItem::data(column, role);
     return cachedText(column);
@@ -29,6 +32,20 @@ void koReferenceModelItem::reload()
 QString koReferenceModelItem::text(int column) const
 {
     return column >= 0 && column < ColumnCount ? cachedText(column) : QString();
+}
+
+QVariant koReferenceModelItem::richText(int column) const
+{
+    switch (column) {
+    case NameColumn:
+        return koReferenceTreeModel::richText(kodReferenceNode(getNode().getObjectId()));
+    case SmartStatusColumn:
+    case SourceStatusColumn:
+        // Our own words in their colours: no user data to escape.
+        return cachedText(column);
+    default:
+        return QVariant();
+    }
 }
 
 QString koReferenceModelItem::cachedText(int column) const

@@ -44,6 +44,8 @@ public:
 
 private:
     QString columnText(int column, const kodReferenceNode& reference) const;
+    // Null for the columns that hold plain text.
+    QVariant richText(int column) const;
     // Texts are made once per reload of the item: every search keystroke reads three
     // of them for every row, and the host announces every change with a reload.
     QString cachedText(int column) const;

@@ -74,25 +74,36 @@ QStringList koReferenceTreeModel::columnTitles()
 
 QString koReferenceTreeModel::displayText(const kodReferenceNode& reference)
 {
+    return labelledName(reference, [](const QString& text) { return text; });
+}
+
+QString koReferenceTreeModel::richText(const kodReferenceNode& reference)
+{
+    return labelledName(reference, [](const QString& text) { return text.toHtmlEscaped(); });
+}
+
+QString koReferenceTreeModel::labelledName(const kodReferenceNode& reference,
+                                           const std::function<QString(const QString&)>& escape)
+{
     if (reference.isNull())
         return QString();
     const QString name = reference.getName();
     if (!reference.hasSourceReference() && !reference.hasSmartReference())
-        return name;
+        return escape(name);
     const QString smartPath = reference.getSmartPath();
     const QString sourcePath = reference.getSourcePath();
     if (smartPath.isEmpty() && sourcePath.isEmpty())
-        return name;
+        return escape(name);
     const QString smartLabel = fileLabel(smartPath, name);
     const QString sourceLabel = fileLabel(sourcePath, name);
-    QString text = reference.isChanged() ? QLatin1Char('*') + name : name;
+    QString text = escape(reference.isChanged() ? QLatin1Char('*') + name : name);
     text += QLatin1String(" [");
     if (!smartLabel.isEmpty()) {
-        text += koReferenceStateText::colored(smartLabel, reference.getSmartFileState(), reference);
+        text += koReferenceStateText::colored(escape(smartLabel), reference.getSmartFileState(), reference);
         if (!sourceLabel.isEmpty())
             text += QLatin1String(" | ");
     }
     if (!sourceLabel.isEmpty())
-        text += koReferenceStateText::colored(sourceLabel, reference.getSourceFileState(), reference);
+        text += koReferenceStateText::colored(escape(sourceLabel), reference.getSourceFileState(), reference);
     return text + QLatin1Char(']');
 }

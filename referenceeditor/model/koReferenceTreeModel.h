@@ -3,6 +3,8 @@
 #include <kovis/koItemModel.h>
 #include <kovis/kodReferenceNode.h>
 
+#include <functional>
+
 class koReferenceModelItem;
 
 // The reference view's model: column 0 joins a reference's name with the names and
@@ -21,10 +23,15 @@ public:
     static QStringList columnTitles();
     // "Engine [kpr | engine_v2.CATProduct]": the name and the coloured file labels.
     static QString displayText(const kodReferenceNode& reference);
+    // The same as rich text for painting: the name and file names escaped, so that a
+    // node named "Bolt<M8> & Nut" shows as such.
+    static QString richText(const kodReferenceNode& reference);
     // The reference row behind an index of this model, null for any other row. Its
     // texts are the cells' display texts, without a variant for each.
     const koReferenceModelItem* referenceItem(const QModelIndex& index) const;
 
 private:
     static kodReferenceNode referenceOf(const koModelItem* item);
+    static QString labelledName(const kodReferenceNode& reference,
+                                const std::function<QString(const QString&)>& escape);
 };

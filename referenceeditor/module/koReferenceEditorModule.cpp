@@ -15,6 +15,7 @@
 
 #include <kovis/QKOToolBar.h>
 #include <kovis/koFileIOService.h>
+#include <kovis/koFileStateText.h>
 #include <kovis/koHeaderView.h>
 #include <kovis/koIconManager.h>
 #include <kovis/koInternalUiService.h>
@@ -141,6 +142,57 @@ void koReferenceEditorModule::setUpViews()
     m_treeViewSplitter->setSizes({400, 500, 300});
     m_treeView->setColumnHidden(1, true);
     setUpListMode();
+    levelRows();
+    fitStateColumns();
+}
+
+void koReferenceEditorModule::levelRows()
+{
+    // A row reads across the three views: they share the height of the tallest of
+    // their rows, the main view's with its icons, and of the tallest header.
+    const std::initializer_list<QTreeView*> views{m_treeView, m_smartColumns, m_sourceColumns};
+    int rowHeight = 0;
+    int headerHeight = 0;
+    for (const QTreeView* view : views) {
+        rowHeight = qMax(rowHeight, HtmlDelegate::naturalSize(view, QStringLiteral("Xg"), m_treeView->iconSize()).height());
+        headerHeight = qMax(headerHeight, view->header()->sizeHint().height());
+    }
+    for (QTreeView* view : views) {
+        static_cast<HtmlDelegate*>(view->itemDelegate())->setRowHeight(rowHeight);
+        view->header()->setMinimumHeight(headerHeight);
+    }
+}
+
+void koReferenceEditorModule::fitStateColumns()
+{
+    QStringList states;
+    for (int state = koReferenceTypes::UpToDate; state <= koReferenceTypes::Unsaved; ++state)
+        states.append(koFileStateText::state(koReferenceTypes::FileState(state), QString()));
+    // Figures are as wide as each other in the fonts of item views.
+    const QStringList dates{koFileStateText::date(QDateTime(QDate(8888, 8, 8), QTime(8, 8))),
+                            koFileStateText::date(QDateTime())};
+    fitColumn(m_smartColumns, koReferenceModelItem::SmartStatusColumn, states);
+    fitColumn(m_smartColumns, koReferenceModelItem::SmartModifiedColumn, dates);
+    fitColumn(m_sourceColumns, koReferenceModelItem::SourceStatusColumn, states);
+    fitColumn(m_sourceColumns, koReferenceModelItem::SourceModifiedColumn, dates);
+}
+
+void koReferenceEditorModule::fitColumn(QTreeView* view, int column, const QStringList& texts)
+{
+    // Sized for every text the column can hold, not for the rows that happen to be open.
+    int width = view->header()->sectionSizeHint(column);
+    for (const QString& text : texts)
+        width = qMax(width, HtmlDelegate::naturalSize(view, text, QSize()).width());
+    view->header()->resizeSection(column, width);
+}
+
+void koReferenceEditorModule::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        levelRows();
+        fitStateColumns();
+    }
 }
 
 void koReferenceEditorModule::setUpSideHeader(QTreeView* view)
@@ -338,6 +390,7 @@ void koReferenceEditorModule::reloadModel()
         m_treeSlider->setRange(0, qMax(treeDepth(QModelIndex()) - 2, 0));
     }
     updateActions();
+    levelRows();
     if (!isFlatList())
         m_treeView->resizeColumnToContents(0);
     m_smartColumns->resizeColumnToContents(koReferenceModelItem::SmartLocationColumn);

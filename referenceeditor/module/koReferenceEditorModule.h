@@ -84,6 +84,10 @@ public:
     // Commands that change many references one by one hold reloads back meanwhile.
     void setProjectLoading(bool loading) { m_projectLoading = loading; }
 
+protected:
+    // Fonts and styles change the height of rows and the width of texts.
+    void changeEvent(QEvent* event) override;
+
 private:
     void setUpModel();
     void connectSceneNotifications();
@@ -93,6 +97,9 @@ private:
     void showColumns(QTreeView* view, std::initializer_list<int> columns, bool hideable);
     void changeEveryViewAtOnce(const std::function<void(QTreeView*)>& change);
     void setUpListMode();
+    void levelRows();
+    void fitStateColumns();
+    static void fitColumn(QTreeView* view, int column, const QStringList& texts);
     void buildActions();
     void registerModule();
     void connectHost();

@@ -1,4 +1,6 @@
+#include "koInstalledService.h"
 #include "koReferenceEditorModule.h"
+#include "koReferenceFilterMenu.h"
 #include "koReferenceFilterModel.h"
 #include "koReferenceTreeModel.h"
 #include "koTestHost.h"
@@ -6,7 +8,9 @@
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
+#include <kovis/QKOOpenMenu.h>
 #include <kovis/koObjectService.h>
+#include <kovis/koPlatformService.h>
 #include <kovis/koReferenceService.h>
 
 #include <QAbstractItemModelTester>
@@ -34,6 +38,10 @@ private slots:
     void onlyNameChangesUpdateAnItem();
     void createdReferenceIsSelected();
     void modelsStayConsistentInTheWindow();
+    void rowsStayLevelAcrossTheViews_data();
+    void rowsStayLevelAcrossTheViews();
+    void hidingTheSelectionClearsThePathFields_data();
+    void hidingTheSelectionClearsThePathFields();
 
 private:
     koTestHost m_host;
@@ -85,6 +93,49 @@ QStringList expandedNames(const QTreeView* view)
     }
     result.sort();
     return result;
+}
+
+// A screen whose item icons are larger than a line of text.
+class koLargeIconsPlatform : public koPlatformService
+{
+public:
+    int getIconWidth() const override { return 40; }
+    int getIconHeight() const override { return 40; }
+};
+
+// Where the row of the index starts in the window, in each of the three views.
+QList<int> rowTops(const koReferenceEditorModule& module, const QModelIndex& index)
+{
+    QList<int> tops;
+    const QList<QPair<QTreeView*, int>> views{{module.m_treeView, 0},
+                                              {module.m_smartColumns, 2},
+                                              {module.m_sourceColumns, 6}};
+    for (const auto& view : views) {
+        const QRect cell = view.first->visualRect(index.sibling(index.row(), view.second));
+        tops.append(view.first->viewport()->mapTo(&module, cell.topLeft()).y());
+    }
+    return tops;
+}
+
+void compareFortyRows(const koReferenceEditorModule& module)
+{
+    QModelIndex index = module.m_treeView->indexAt(QPoint(1, 1));
+    for (int row = 0; row < 40; ++row) {
+        QVERIFY2(index.isValid(), qPrintable(QStringLiteral("row %1 is not shown").arg(row)));
+        const QList<int> tops = rowTops(module, index);
+        QVERIFY2(tops.at(0) == tops.at(1) && tops.at(0) == tops.at(2),
+                 qPrintable(QStringLiteral("row %1 starts at %2, %3, %4").arg(row).arg(tops.at(0)).arg(tops.at(1)).arg(tops.at(2))));
+        index = module.m_treeView->indexBelow(index);
+    }
+}
+
+QAction* filterEntry(const koReferenceEditorModule& module, const QString& text)
+{
+    for (QAction* entry : module.filterMenu()->menu()->actions()) {
+        if (entry->text() == text)
+            return entry;
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -295,6 +346,86 @@ void tst_koReferenceEditorModule::modelsStayConsistentInTheWindow()
     m_module->filterModel()->setSearchText(QRegExp());
     koTestHost::settle();
     QCOMPARE(m_module->filterModel()->rowCount(), 1);
+}
+
+void tst_koReferenceEditorModule::rowsStayLevelAcrossTheViews_data()
+{
+    QTest::addColumn<int>("listMode");
+    QTest::addColumn<bool>("largerSourceFont");
+
+    QTest::newRow("graph with large icons") << 0 << false;
+    QTest::newRow("list with large icons") << 1 << false;
+    QTest::newRow("graph, larger font in the source view") << 0 << true;
+}
+
+void tst_koReferenceEditorModule::rowsStayLevelAcrossTheViews()
+{
+    QFETCH(int, listMode);
+    QFETCH(bool, largerSourceFont);
+
+    m_module.reset();
+    koLargeIconsPlatform platform;
+    const koInstalledService<koPlatformService> largeIcons(&platform);
+    koService<koFileIOService>()->newProject();
+    QList<kodReferenceNode> created;
+    for (int i = 0; i < 300; ++i)
+        created.append(koService<koReferenceService>()->createReference(i < 3 ? kodNode() : kodNode(created.at(i / 3 - 1))));
+    m_module = std::make_unique<koReferenceEditorModule>();
+    m_module->resize(1200, 800);
+    m_module->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_module.get()));
+    if (largerSourceFont) {
+        QFont font = m_module->m_sourceColumns->font();
+        font.setPointSizeF(font.pointSizeF() * 1.8);
+        m_module->m_sourceColumns->setFont(font);
+        m_module->scheduleReload();
+    }
+    m_module->m_listMode->setCurrentIndex(listMode);
+    koTestHost::settle();
+    m_module->expandAllRows();
+    koTestHost::settle();
+
+    compareFortyRows(*m_module);
+    const QPersistentModelIndex top = m_module->m_treeView->indexAt(QPoint(1, 1));
+    m_module->m_treeScrollBar->setValue(m_module->m_treeScrollBar->value() + 100);
+    koTestHost::settle();
+    QVERIFY(m_module->m_treeView->indexAt(QPoint(1, 1)) != top);
+    compareFortyRows(*m_module);
+}
+
+void tst_koReferenceEditorModule::hidingTheSelectionClearsThePathFields_data()
+{
+    QTest::addColumn<QString>("search");
+    QTest::addColumn<QString>("filter");
+
+    QTest::newRow("search matching nothing") << "no such reference" << QString();
+    QTest::newRow("type filter hiding the selection") << QString() << "Missing";
+}
+
+void tst_koReferenceEditorModule::hidingTheSelectionClearsThePathFields()
+{
+    QFETCH(QString, search);
+    QFETCH(QString, filter);
+
+    m_module->show();
+    m_module->nodeSelectionModel()->selectNodes({reference(QStringLiteral("Frame"))});
+    QVERIFY(m_module->m_smartFile->isEnabled());
+    QVERIFY(!m_module->m_sourceFile->text().isEmpty());
+    QAction* deleteSmart = m_module->m_smartRemove->defaultAction();
+    QVERIFY(deleteSmart->isEnabled());
+
+    if (!search.isEmpty())
+        m_module->m_searchBox->setText(search);
+    if (!filter.isEmpty())
+        filterEntry(*m_module, filter)->setChecked(true);
+
+    QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
+    for (const QLineEdit* field : {m_module->m_smartFile, m_module->m_sourceFile}) {
+        QVERIFY(field->text().isEmpty());
+        QVERIFY(!field->isEnabled());
+    }
+    QVERIFY(!deleteSmart->isEnabled());
+    QCOMPARE(m_module->filterModel()->filterRegExp().pattern(), search);
 }
 
 QTEST_MAIN(tst_koReferenceEditorModule)

@@ -1,3 +1,4 @@
+#include "HtmlDelegate.h"
 #include "koReferenceFlatModelItem.h"
 #include "koReferenceModelItem.h"
 #include "koReferenceTreeModel.h"
@@ -11,6 +12,8 @@
 #include <kovis/koStyle.h>
 
 #include <QFile>
+#include <QRegularExpression>
+#include <QTextDocument>
 #include <QtTest>
 
 class tst_koReferenceTreeModel : public QObject
@@ -95,6 +98,8 @@ void tst_koReferenceTreeModel::displayText_data()
         << koTestHost::reference("Engine", "Engine.kpr", "engine_v2.CATProduct", {{"locked", true}}) << QString()
         << "Engine [" + colored(koStyle::getLockedItemColor(), "kpr") + " | "
                + colored(koStyle::getLockedItemColor(), "engine_v2.CATProduct") + "]";
+    QTest::newRow("name that reads as markup") << koTestHost::reference("Bolt<M8> & Nut", QString(), "rim.obj")
+                                               << QString() << "Bolt<M8> & Nut [" + upToDate("rim.obj") + "]";
     // Content never written is a change: it would be lost without a save.
     QTest::newRow("unsaved smart link") << koTestHost::reference("Wheel", QString(), "rim.obj") << "convert"
                                         << "*Wheel [" + upToDate("rim.obj") + "]";
@@ -120,6 +125,11 @@ void tst_koReferenceTreeModel::displayText()
     const QModelIndex row = model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId())), 0);
     QVERIFY(row.isValid());
     QCOMPARE(row.data().toString(), expected);
+    // What the views paint: the same words, only the labels taken as markup.
+    QTextDocument painted;
+    painted.setHtml(row.data(HtmlDelegate::RichTextRole).toString());
+    const QRegularExpression labelTags(QStringLiteral("<font color=\"#\\w+\">|</font>"));
+    QCOMPARE(painted.toPlainText(), QString(expected).remove(labelTags));
 }
 
 void tst_koReferenceTreeModel::nonReferenceRowHasNoLabels()

@@ -4,6 +4,7 @@
 #include "koReferenceRePathDialogI.h"
 #include "koReferenceRePathSummaryI.h"
 #include "koRepathEngine.h"
+#include "koRepathSearch.h"
 
 #include <QMessageBox>
 
@@ -20,6 +21,13 @@ RepathMode modeOf(bool sources, bool smarts)
 
 bool koReferenceRepathFlow::run(QWidget* parent, const QList<kodReferenceNode>& nodes, bool sources, bool smarts)
 {
+    RepathProgress progress;
+    return run(parent, nodes, sources, smarts, progress);
+}
+
+bool koReferenceRepathFlow::run(QWidget* parent, const QList<kodReferenceNode>& nodes, bool sources, bool smarts,
+                                RepathProgress& progress)
+{
     if (!sources && !smarts)
         return false;
     koReferenceRePathDialogI dialog(parent);
@@ -29,10 +37,14 @@ bool koReferenceRepathFlow::run(QWidget* parent, const QList<kodReferenceNode>& 
     if (newPath.isEmpty())
         return false;
 
+    // The scene is read here, on the GUI thread; only the disk is searched off it.
+    const QVector<RepathLink> links = repathLinks(nodes, dialog.missingFilesOnly(), sources, smarts);
+    QStringList targets;
+    if (!koRepathSearch::run(parent, links, newPath, dialog.searchSubdirectories(), progress, targets))
+        return false;
     RepathEntryList found;
     RepathEntryList notFound;
-    collectRepathEntries(found, notFound, nodes, dialog.searchSubdirectories(), dialog.missingFilesOnly(), sources,
-                         smarts, newPath);
+    sortRepathEntries(found, notFound, links, targets, newPath);
     if (!notFound.isEmpty()) {
         if (nodes.size() == 1) {
             QMessageBox::warning(parent, tr("Repath"),

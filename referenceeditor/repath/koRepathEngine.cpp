@@ -115,55 +115,34 @@ bool isMissing(const kodReferenceNode& node, RepathTarget kind)
     return state == koReferenceTypes::Missing;
 }
 
-struct Link
-{
-    kodReferenceNode node;
-    RepathTarget kind;
-    QString oldPath;
-};
-
-// The links to repath: all sources, then all smart links, none without a path.
-QVector<Link> linksToRepath(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts)
-{
-    QVector<Link> links;
-    const auto add = [&](RepathTarget kind) {
-        for (const kodReferenceNode& node : nodes) {
-            const QString oldPath = linkPath(node, kind);
-            if (!oldPath.isEmpty() && (!missingOnly || isMissing(node, kind)))
-                links.append({node, kind, oldPath});
-        }
-    };
-    if (sources)
-        add(RepathTarget::Source);
-    if (smarts)
-        add(RepathTarget::Smart);
-    return links;
-}
-
-QStringList fileNames(const QVector<Link>& links)
+QStringList fileNames(const QVector<RepathLink>& links)
 {
     QStringList names;
-    for (const Link& link : links)
+    for (const RepathLink& link : links)
         names.append(QFileInfo(link.oldPath).fileName());
     return names;
 }
 
 } // namespace
 
-void buildFileIndex(RepathFileIndex& index, const QString& newDir)
+void buildFileIndex(RepathFileIndex& index, const QString& newDir, RepathProgress* progress)
 {
     RepathTreeWalk walk(newDir);
     // The files of a folder come in a row and share its absolute path.
     QString folder;
     QString absoluteFolder;
-    while (walk.next()) {
+    while ((!progress || !progress->isCancelled()) && walk.next()) {
         const QString path = walk.filePath();
         const int slash = path.lastIndexOf(QLatin1Char('/'));
         if (folder.isNull() || path.leftRef(slash) != folder) {
             folder = path.left(slash);
             absoluteFolder = QFileInfo(path).absolutePath();
+            if (progress)
+                progress->enterFolder(absoluteFolder);
         }
         index.insert(path.mid(slash + 1), absoluteFolder);
+        if (progress)
+            progress->addFile();
     }
 }
 
@@ -188,23 +167,58 @@ QString findRepathTarget(const QString& oldPath, const QString& newDir, bool sea
     return filePathIn(index.firstDirectory(name), name);
 }
 
+QVector<RepathLink> repathLinks(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts)
+{
+    QVector<RepathLink> links;
+    const auto add = [&](RepathTarget kind) {
+        for (const kodReferenceNode& node : nodes) {
+            const QString oldPath = linkPath(node, kind);
+            if (!oldPath.isEmpty() && (!missingOnly || isMissing(node, kind)))
+                links.append({node, kind, oldPath});
+        }
+    };
+    if (sources)
+        add(RepathTarget::Source);
+    if (smarts)
+        add(RepathTarget::Smart);
+    return links;
+}
+
+QStringList findRepathTargets(const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
+                              RepathProgress* progress)
+{
+    // The index keeps only the names asked for.
+    RepathFileIndex index(fileNames(links));
+    if (searchSubdirs)
+        buildFileIndex(index, newDir, progress);
+    QStringList targets;
+    for (const RepathLink& link : links) {
+        if (progress && progress->isCancelled())
+            break;
+        targets.append(findRepathTarget(link.oldPath, newDir, searchSubdirs, index));
+    }
+    return targets;
+}
+
+void sortRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound, const QVector<RepathLink>& links,
+                       const QStringList& targets, const QString& newDir)
+{
+    for (int i = 0; i < links.size(); ++i) {
+        const RepathLink& link = links.at(i);
+        const QString target = targets.value(i);
+        if (target.isEmpty())
+            notFound.append(new RepathEntry{link.node, link.kind, filePathIn(newDir, QFileInfo(link.oldPath).fileName())});
+        else
+            found.append(new RepathEntry{link.node, link.kind, target});
+    }
+}
+
 void collectRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound,
                           const QList<kodReferenceNode>& nodes, bool searchSubdirs, bool missingOnly,
                           bool sources, bool smarts, const QString& newDir)
 {
-    // The links are read first, pure queries of the scene, so that the index keeps only
-    // the names asked for.
-    const QVector<Link> links = linksToRepath(nodes, missingOnly, sources, smarts);
-    RepathFileIndex index(fileNames(links));
-    if (searchSubdirs)
-        buildFileIndex(index, newDir);
-    for (const Link& link : links) {
-        const QString match = findRepathTarget(link.oldPath, newDir, searchSubdirs, index);
-        if (match.isEmpty())
-            notFound.append(new RepathEntry{link.node, link.kind, filePathIn(newDir, QFileInfo(link.oldPath).fileName())});
-        else
-            found.append(new RepathEntry{link.node, link.kind, match});
-    }
+    const QVector<RepathLink> links = repathLinks(nodes, missingOnly, sources, smarts);
+    sortRepathEntries(found, notFound, links, findRepathTargets(links, newDir, searchSubdirs, nullptr), newDir);
 }
 
 void applyRepath(QList<RepathEntry*>& entries, RepathMode mode)

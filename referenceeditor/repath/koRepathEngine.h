@@ -2,17 +2,21 @@
 
 #include "RepathEntry.h"
 #include "RepathFileIndex.h"
+#include "RepathLink.h"
+#include "RepathProgress.h"
 
 #include <QList>
 #include <QStringList>
+#include <QVector>
 
 // Finds moved reference files below a new folder and re-points the references at them.
 
 // How a list of entries is written into the scene.
 enum class RepathMode : qint32 { SourcesOnly = 0, SmartsOnly = 1, Both = 2 };
 
-// Adds every file below newDir, in the order the walk meets them.
-void buildFileIndex(RepathFileIndex& index, const QString& newDir);
+// Adds every file below newDir, in the order the walk meets them; with a progress, tells
+// it each folder and file and stops when it is cancelled.
+void buildFileIndex(RepathFileIndex& index, const QString& newDir, RepathProgress* progress = nullptr);
 
 // The file that should replace oldPath: without searchSubdirs the file of that name
 // directly in newDir; with it the file of that name anywhere in the index, preferring the
@@ -21,8 +25,21 @@ void buildFileIndex(RepathFileIndex& index, const QString& newDir);
 QString findRepathTarget(const QString& oldPath, const QString& newDir, bool searchSubdirs,
                          const RepathFileIndex& index);
 
-// Plans the repath of the sources, then of the smart links, of the nodes. A link whose file
-// was not found is planned to point at its name directly in newDir.
+// The links to repath as the scene has them now: all sources, then all smart links, none
+// without a path.
+QVector<RepathLink> repathLinks(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts);
+
+// The file for each link, empty where none was found. Asks the disk only, never the
+// scene, so it may run off the GUI thread; a cancelled progress cuts it short.
+QStringList findRepathTargets(const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
+                              RepathProgress* progress);
+
+// The planned changes: a link with a target goes to found, one without to notFound,
+// planned to point at its name directly in newDir.
+void sortRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound, const QVector<RepathLink>& links,
+                       const QStringList& targets, const QString& newDir);
+
+// Plans the repath of the sources, then of the smart links, of the nodes, all at once.
 void collectRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound,
                           const QList<kodReferenceNode>& nodes, bool searchSubdirs, bool missingOnly,
                           bool sources, bool smarts, const QString& newDir);

@@ -1,7 +1,9 @@
+#include "RepathProgress.h"
 #include "koDialogDriver.h"
 #include "koReferenceEditorModule.h"
 #include "koReferenceRePathDialogI.h"
 #include "koReferenceRePathSummaryI.h"
+#include "koReferenceRepathFlow.h"
 #include "koReferenceTreeModel.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
@@ -12,6 +14,9 @@
 #include <kovis/koUndoStack.h>
 
 #include <QDir>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QThread>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStringListModel>
@@ -29,6 +34,8 @@ private slots:
     void requestsChooseTheLinks_data();
     void requestsChooseTheLinks();
     void dialogStartsFresh();
+    void enterAcceptsTheDialog();
+    void cancelDuringTheSearchChangesNothing();
 
 private:
     QString links() const;
@@ -58,6 +65,19 @@ void answerRepathDialog(koDialogDriver& driver, const DialogAnswer& answer)
         (answer.accept ? repath->m_okButton : repath->m_cancelButton)->click();
     });
 }
+
+// A search that reads no further than its first folder until the user cancels: a slow
+// share, as the user sees it.
+class koStalledProgress : public RepathProgress
+{
+public:
+    void enterFolder(const QString& folder) override
+    {
+        RepathProgress::enterFolder(folder);
+        while (!isCancelled())
+            QThread::msleep(1);
+    }
+};
 
 } // namespace
 
@@ -253,6 +273,54 @@ void tst_koReferenceRepathFlow::dialogStartsFresh()
     files.answer(m_host.path(QStringLiteral("current")));
     dialog.m_newPathButton->click();
     QCOMPARE(dialog.newPath(), m_host.path(QStringLiteral("current")));
+}
+
+// Enter in the path field accepts the dialog; it does not open the folder picker.
+void tst_koReferenceRepathFlow::enterAcceptsTheDialog()
+{
+    koScriptedFileDialog files;
+    koReferenceRePathDialogI dialog(m_module.get());
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    dialog.m_newPath->setFocus();
+    QTest::keyClicks(dialog.m_newPath, m_host.path(QStringLiteral("new")));
+    QTest::keyClick(dialog.m_newPath, Qt::Key_Return);
+
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QVERIFY(!dialog.isVisible());
+    QVERIFY(files.calls().isEmpty());
+    QCOMPARE(dialog.newPath(), m_host.path(QStringLiteral("new")));
+}
+
+void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()
+{
+    for (int folder = 0; folder < 20; ++folder) {
+        for (const QString& file : {QStringLiteral("a.kpr"), QStringLiteral("a.obj"), QStringLiteral("b.obj")})
+            m_host.writeFile(QStringLiteral("new/%1/%2").arg(folder).arg(file), "o X\n");
+    }
+    const QString linksBefore = links();
+    QSignalSpy reloads(m_module->referenceModel(), &QAbstractItemModel::layoutChanged);
+    koDialogDriver driver;
+    answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});
+    QString label;
+    driver.handleDialog([&label](QDialog* dialog) {
+        auto* progress = qobject_cast<QProgressDialog*>(dialog);
+        QVERIFY(progress);
+        label = progress->labelText();
+        progress->findChild<QPushButton*>()->click();
+    });
+
+    koStalledProgress progress;
+    const QList<kodReferenceNode> nodes{koTestHost::findReference(QStringLiteral("A")),
+                                        koTestHost::findReference(QStringLiteral("B"))};
+    QVERIFY(!koReferenceRepathFlow::run(m_module.get(), nodes, true, true, progress));
+    QCoreApplication::processEvents();
+
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+    QVERIFY2(label.contains(m_host.path(QStringLiteral("new"))), qPrintable(label));
+    QCOMPARE(links(), linksBefore);
+    QCOMPARE(reloads.count(), 0);
 }
 
 QTEST_MAIN(tst_koReferenceRepathFlow)

@@ -1,0 +1,15 @@
+#include "RepathProgress.h"
+
+#include <QMutexLocker>
+
+void RepathProgress::enterFolder(const QString& folder)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_folder = folder;
+}
+
+QString RepathProgress::folder() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_folder;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "RepathLink.h"
+#include "RepathProgress.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+#include <QVector>
+
+class QWidget;
+
+// Looks for the files of a repath off the GUI thread. A folder picked by mistake, a
+// large tree or a slow share can take long: after half a second a progress dialog shows
+// the folder being read and the files seen, and its Cancel stops the search.
+class koRepathSearch
+{
+    Q_DECLARE_TR_FUNCTIONS(koRepathSearch)
+public:
+    // The file for each link, as findRepathTargets gives them; false when the user
+    // cancelled, and then targets are not to be used.
+    static bool run(QWidget* parent, const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
+                    RepathProgress& progress, QStringList& targets);
+};

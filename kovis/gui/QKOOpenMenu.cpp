@@ -1,47 +1,59 @@
 #include <kovis/QKOOpenMenu.h>
 
-#include <QKeyEvent>
-#include <QMouseEvent>
+#include <QFocusEvent>
+#include <QTimer>
+
+namespace {
+
+bool isTickable(const QAction* entry)
+{
+    return entry && entry->isCheckable() && entry->isEnabled() && !entry->menu();
+}
+
+} // namespace
 
 QKOOpenMenu::QKOOpenMenu(QWidget* parent)
-    : QMenu(parent)
+    : QKOOpenMenu(QString(), parent)
 {
 }
 
 QKOOpenMenu::QKOOpenMenu(const QString& title, QWidget* parent)
     : QMenu(title, parent)
 {
+    connect(this, &QMenu::triggered, this, [this](QAction* entry) { m_triggered = entry; });
 }
 
-void QKOOpenMenu::mousePressEvent(QMouseEvent* event)
+void QKOOpenMenu::setVisible(bool visible)
 {
-    m_pressed = rect().contains(event->pos()) ? actionAt(event->pos()) : nullptr;
-    QMenu::mousePressEvent(event);
-}
-
-void QKOOpenMenu::mouseReleaseEvent(QMouseEvent* event)
-{
-    QAction* action = actionAt(event->pos());
-    const bool pressedHere = action && action == m_pressed;
-    m_pressed = nullptr;
-    // A release without a press in the menu (the one that opened it) ticks nothing.
-    if (event->button() == Qt::LeftButton && pressedHere && toggle(action))
+    // QMenu hides itself before it triggers the entry, so whether this hide comes from
+    // ticking the active entry or from Escape is known only once the turn is over.
+    QAction* active = activeAction();
+    if (visible || !isVisible() || !isTickable(active)) {
+        QMenu::setVisible(visible);
         return;
-    QMenu::mouseReleaseEvent(event);
+    }
+    m_triggered = nullptr;
+    const QPointer<QAction> entry(active);
+    QTimer::singleShot(0, this, [this, entry] { hideUnlessTicked(entry); });
 }
 
-void QKOOpenMenu::keyPressEvent(QKeyEvent* event)
+void QKOOpenMenu::hideUnlessTicked(QAction* entry)
 {
-    const int key = event->key();
-    if ((key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) && toggle(activeAction()))
-        return;
-    QMenu::keyPressEvent(event);
+    if (!entry || m_triggered != entry)
+        QMenu::setVisible(false);
 }
 
-bool QKOOpenMenu::toggle(QAction* action)
+void QKOOpenMenu::focusOutEvent(QFocusEvent* event)
 {
-    if (!action || !action->isCheckable() || !action->isEnabled() || action->menu())
-        return false;
-    action->trigger();
-    return true;
+    QMenu::focusOutEvent(event);
+    // The user turned to another window: no entry is being ticked.
+    if (event->reason() == Qt::ActiveWindowFocusReason)
+        QMenu::setVisible(false);
+}
+
+void QKOOpenMenu::leaveEvent(QEvent* event)
+{
+    QMenu::leaveEvent(event);
+    // A click outside closes at once: it can be no tick.
+    setActiveAction(nullptr);
 }

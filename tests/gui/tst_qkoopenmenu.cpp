@@ -15,21 +15,23 @@ private slots:
 void tst_qkoopenmenu::checkableEntriesKeepTheMenuOpen_data()
 {
     QTest::addColumn<QString>("entry");
-    QTest::addColumn<bool>("byKey");
+    // 0 clicks the entry.
+    QTest::addColumn<int>("key");
     QTest::addColumn<bool>("staysOpen");
     QTest::addColumn<bool>("checked");
 
-    QTest::newRow("click on checkable") << QStringLiteral("Loaded") << false << true << true;
-    QTest::newRow("click on checked") << QStringLiteral("Missing") << false << true << false;
-    QTest::newRow("return on checkable") << QStringLiteral("Loaded") << true << true << true;
-    QTest::newRow("click on plain entry") << QStringLiteral("Clear") << false << false << false;
-    QTest::newRow("return on plain entry") << QStringLiteral("Clear") << true << false << false;
+    QTest::newRow("click on checkable") << QStringLiteral("Loaded") << 0 << true << true;
+    QTest::newRow("click on checked") << QStringLiteral("Missing") << 0 << true << false;
+    QTest::newRow("return on checkable") << QStringLiteral("Loaded") << int(Qt::Key_Return) << true << true;
+    QTest::newRow("click on plain entry") << QStringLiteral("Clear") << 0 << false << false;
+    QTest::newRow("return on plain entry") << QStringLiteral("Clear") << int(Qt::Key_Return) << false << false;
+    QTest::newRow("escape on checkable") << QStringLiteral("Loaded") << int(Qt::Key_Escape) << false << false;
 }
 
 void tst_qkoopenmenu::checkableEntriesKeepTheMenuOpen()
 {
     QFETCH(QString, entry);
-    QFETCH(bool, byKey);
+    QFETCH(int, key);
     QFETCH(bool, staysOpen);
     QFETCH(bool, checked);
 
@@ -51,17 +53,21 @@ void tst_qkoopenmenu::checkableEntriesKeepTheMenuOpen()
     menu.popup(QPoint(20, 20));
     QVERIFY(QTest::qWaitForWindowExposed(&menu));
 
-    if (byKey) {
+    if (key) {
         menu.setActiveAction(target);
-        QTest::keyClick(&menu, Qt::Key_Return);
+        QTest::keyClick(&menu, Qt::Key(key));
     } else {
         QTest::mouseClick(&menu, Qt::LeftButton, {}, menu.actionGeometry(target).center());
     }
+    // Whether a hide came from a tick is settled after the turn.
+    QCoreApplication::processEvents();
 
     QCOMPARE(menu.isVisible(), staysOpen);
-    QCOMPARE(actionTriggered.count(), 1);
-    QCOMPARE(triggered.count(), 1);
-    QCOMPARE(triggered.first().first().value<QAction*>(), target);
+    const int triggers = key == Qt::Key_Escape ? 0 : 1;
+    QCOMPARE(actionTriggered.count(), triggers);
+    QCOMPARE(triggered.count(), triggers);
+    if (triggers)
+        QCOMPARE(triggered.first().first().value<QAction*>(), target);
     QCOMPARE(target->isChecked(), checked);
     menu.hide();
 }

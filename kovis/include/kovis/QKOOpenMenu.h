@@ -3,9 +3,10 @@
 #include "koGlobal.h"
 
 #include <QMenu>
+#include <QPointer>
 
 // A menu that stays open while the user ticks its checkable entries, so that several
-// can be switched in one go. Other entries close it as usual.
+// can be switched in one go. Other entries, Escape and a click elsewhere close it as usual.
 class KOVIS_EXPORT QKOOpenMenu : public QMenu
 {
     Q_OBJECT
@@ -13,13 +14,15 @@ public:
     explicit QKOOpenMenu(QWidget* parent = nullptr);
     explicit QKOOpenMenu(const QString& title, QWidget* parent = nullptr);
 
+    void setVisible(bool visible) override;
+
 protected:
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void leaveEvent(QEvent* event) override;
 
 private:
-    bool toggle(QAction* action);
+    void hideUnlessTicked(QAction* entry);
 
-    QAction* m_pressed = nullptr;
+    // The entry last triggered, to tell a tick from another reason to close.
+    QPointer<QAction> m_triggered;
 };

@@ -1,10 +1,14 @@
 #include "koNodeInformation.h"
 
+#include "koSceneStore.h"
+
 #include <kovis/koFileStateText.h>
 #include <kovis/koNodeInfoDialog.h>
 #include <kovis/kodReferenceNode.h>
 
 #include <QDir>
+#include <QLocale>
+#include <QPair>
 
 namespace {
 
@@ -15,6 +19,17 @@ void describeFile(koNodeInfoDialog& dialog, const QString& kind, const QString& 
     dialog.addInfo(koNodeInformation::tr("State"), koFileStateText::state(state, koNodeInformation::tr("None")));
     dialog.addInfo(koNodeInformation::tr("Modified"), koFileStateText::date(modified));
     dialog.addInfo(koNodeInformation::tr("Owner"), owner);
+}
+
+// Vertices and faces of the node's geometry and everything below it, as imported.
+QPair<quint64, quint64> geometryCounts(quint64 id)
+{
+    QPair<quint64, quint64> counts{0, 0};
+    for (const koNodeRecord& record : koSceneStore::the()->subtree(id)) {
+        counts.first += record.vertexCount;
+        counts.second += record.faceCount;
+    }
+    return counts;
 }
 
 } // namespace
@@ -37,6 +52,9 @@ void koNodeInformation::describe(const kodNode& node, koNodeInfoDialog& dialog)
     dialog.addInfo(tr("Visible"), node.isVisible() ? tr("Yes") : tr("No"));
     dialog.addInfo(tr("Locked"), node.isLocked() ? tr("Yes") : tr("No"));
     dialog.addInfo(tr("Instances"), QString::number(node.getRefCount()));
+    const QPair<quint64, quint64> counts = geometryCounts(node.getObjectId());
+    dialog.addInfo(tr("Vertices"), QLocale().toString(counts.first));
+    dialog.addInfo(tr("Faces"), QLocale().toString(counts.second));
     if (!node.isTypeOf(kodReferenceNode::staticMetaObject))
         return;
     const kodReferenceNode reference(node.getObjectId());

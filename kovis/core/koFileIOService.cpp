@@ -1,5 +1,6 @@
 #include <kovis/koFileIOService.h>
 
+#include "koMeshImporter.h"
 #include "koReferenceEngine.h"
 
 #include <kovis/koHost.h>
@@ -25,18 +26,22 @@ bool koFileIOService::isProjectFile(const QString& path) const
 QString koFileIOService::getImportFileFilter(int group) const
 {
     const auto tr = [](const char* text) { return QCoreApplication::translate("koFileIOService", text); };
+    const QString all = tr("All Files (*)");
     switch (group) {
     case ProjectFiles:
         return tr("Kovis Project Files (*.kpr)");
     case SmartFiles:
         return tr("Smart Files (*.kpr *.osb)");
     case GeometryFiles:
-        return tr("Wavefront OBJ (*.obj)");
-    case ImportFiles:
-        return tr("Importable Files (*.obj *.stl *.ply *.step *.stp *.iges *.igs *.jt *.fbx *.wrl);;"
-                  "Wavefront OBJ (*.obj);;All Files (*)");
+    case ImportFiles: {
+        // What the import library reads, asked from it: all at once first, then format by format.
+        const QString importable = tr("Importable Files (%1)").arg(koMeshImporter::patterns().join(QLatin1Char(' ')));
+        if (group == GeometryFiles)
+            return importable;
+        return (QStringList{importable} + koMeshImporter::fileFilters() + QStringList{all}).join(QStringLiteral(";;"));
+    }
     default:
-        return tr("All Files (*)");
+        return all;
     }
 }
 

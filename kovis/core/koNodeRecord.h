@@ -1,8 +1,12 @@
 #pragma once
 
+#include "koMesh.h"
+
 #include <QMatrix4x4>
 #include <QString>
 #include <QVector>
+
+#include <memory>
 
 enum class koNodeType : quint64 { Group = 1, Geometry = 2, Reference = 3 };
 
@@ -21,6 +25,7 @@ struct koNodeRecord
     quint64 shareKey = 0;
     quint32 vertexCount = 0;
     quint32 faceCount = 0;
+    std::shared_ptr<const koMesh> mesh;
 
     bool isReference() const { return type == koNodeType::Reference; }
 };

@@ -17,6 +17,10 @@ struct koReferenceContent
     bool smartUnreadable = false;
     // Modification time of the smart file when its content was read or written.
     QDateTime smartStamp;
+    // The source file could not be imported; it counts as missing until it changes.
+    bool sourceUnreadable = false;
+    // Modification time of the source file when it could not be imported.
+    QDateTime sourceStamp;
     QDateTime sourceImportDate;
 
     bool operator==(const koReferenceContent& other) const
@@ -24,7 +28,8 @@ struct koReferenceContent
         return hasSmart == other.hasSmart && hasSource == other.hasSource && smartPath == other.smartPath
             && sourcePath == other.sourcePath && loaded == other.loaded && smartUnsaved == other.smartUnsaved
             && smartUnreadable == other.smartUnreadable && smartStamp == other.smartStamp
-            && sourceImportDate == other.sourceImportDate;
+            && sourceImportDate == other.sourceImportDate && sourceUnreadable == other.sourceUnreadable
+            && sourceStamp == other.sourceStamp;
     }
     bool operator!=(const koReferenceContent& other) const { return !(*this == other); }
 };

@@ -43,7 +43,7 @@ FileState koReferenceFileStates::sourceFileState(quint64 id) const
     if (content->sourcePath.isEmpty())
         return koReferenceTypes::Missing;
     const koFileSnapshot& file = m_engine.fileCache().lookup(content->sourcePath);
-    if (!file.exists)
+    if (!file.exists || (content->sourceUnreadable && file.modified == content->sourceStamp))
         return koReferenceTypes::Missing;
     if (content->sourceImportDate.isValid() && file.modified > content->sourceImportDate)
         return koReferenceTypes::OutOfDate;

@@ -86,15 +86,19 @@ bool koReferenceLoading::importSource(quint64 id)
     QString error;
     koSceneNodeDesc content;
     koFileStateCache& cache = m_engine.fileCache();
+    cache.refresh(links.sourcePath);
     if (!koSceneLoader::importSource(links.sourcePath, content, &error)) {
+        // The content stays; the source shows as missing until the file changes.
         emit m_engine.warning(tr("The source of reference \"%1\" was not imported: %2").arg(nameOf(id), error));
-        cache.refresh(links.sourcePath);
+        links.sourceUnreadable = QFileInfo(links.sourcePath).isFile();
+        links.sourceStamp = cache.lookup(links.sourcePath).modified;
+        m_engine.store()->setFileState(m_engine.shareKeyOf(id), links);
         m_engine.announceShared(m_engine.shareKeyOf(id));
         return false;
     }
     replaceContent(id, content.children);
-    cache.refresh(links.sourcePath);
     links.loaded = true;
+    links.sourceUnreadable = false;
     links.sourceImportDate = qMax(QDateTime::currentDateTimeUtc(), cache.lookup(links.sourcePath).modified);
     m_engine.updateLinks(id, links, false);
     // Content converted from the source differs from the smart file until it is saved.

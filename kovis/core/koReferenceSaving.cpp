@@ -63,7 +63,10 @@ bool koReferenceSaving::saveChangedSubReferences(quint64 id)
 {
     bool ok = true;
     QSet<quint64> written;
-    for (quint64 sub : m_engine.store()->referencesBelow(id)) {
+    // Deepest first: a file written before the new files below it would hold them inline.
+    const QVector<quint64> references = m_engine.store()->referencesBelow(id);
+    for (auto it = references.crbegin(); it != references.crend(); ++it) {
+        const quint64 sub = *it;
         const koReferenceContent links = m_engine.linksOf(sub);
         const quint64 shareKey = m_engine.shareKeyOf(sub);
         if (sub == id || written.contains(shareKey) || !links.hasSmart || links.smartPath.isEmpty() || !links.loaded

@@ -80,6 +80,7 @@ koNodeRecord koSceneBuilder::recordOf(const koSceneNodeDesc& desc)
     node.transform = desc.transform;
     node.vertexCount = desc.vertices;
     node.faceCount = desc.faces;
+    node.mesh = desc.mesh;
     return node;
 }
 
@@ -95,6 +96,8 @@ void koSceneBuilder::stampFiles(koReferenceContent& content)
         cache.refresh(content.sourcePath);
         if (!content.sourceImportDate.isValid())
             content.sourceImportDate = cache.lookup(content.sourcePath).modified;
+        if (content.sourceUnreadable)
+            content.sourceStamp = cache.lookup(content.sourcePath).modified;
     }
 }
 
@@ -204,6 +207,7 @@ koSceneNodeDesc koSceneBuilder::describeNode(const koNodeRecord& node, Describin
     desc.transform = node.transform;
     desc.vertices = node.vertexCount;
     desc.faces = node.faceCount;
+    desc.mesh = node.mesh;
     if (m_engine.store()->instances(node.shareKey).size() > 1)
         desc.instance = QLatin1Char('#') + QString::number(node.shareKey);
     if (node.isReference())

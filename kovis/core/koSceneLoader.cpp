@@ -1,6 +1,6 @@
 #include "koSceneLoader.h"
 
-#include "koObjReader.h"
+#include "koMeshImporter.h"
 #include "koOsbFile.h"
 #include "koProjectFile.h"
 
@@ -60,15 +60,7 @@ bool koSceneLoader::importSource(const QString& path, koSceneNodeDesc& content, 
         }
         return false;
     }
-    content.type = koNodeType::Group;
-    content.name = info.completeBaseName();
-    if (info.suffix().toLower() == QLatin1String("obj"))
-        return koObjReader::read(path, content, error);
-    koSceneNodeDesc geometry;
-    geometry.type = koNodeType::Geometry;
-    geometry.name = info.completeBaseName();
-    content.children = {geometry};
-    return true;
+    return koMeshImporter::read(path, content, error);
 }
 
 void koSceneLoader::resolveReferences(koSceneNodeDesc& content, const QString& path)
@@ -143,6 +135,7 @@ void koSceneLoader::resolveReference(koSceneNodeDesc& reference)
     QString error;
     koSceneNodeDesc content;
     if (!importSource(links.sourcePath, content, &error)) {
+        links.sourceUnreadable = QFileInfo(links.sourcePath).isFile();
         m_warn(tr("The source of reference \"%1\" was not loaded: %2").arg(reference.name, error));
         return;
     }

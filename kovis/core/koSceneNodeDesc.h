@@ -1,11 +1,14 @@
 #pragma once
 
+#include "koMesh.h"
 #include "koNodeRecord.h"
 #include "koReferenceContent.h"
 
 #include <QMatrix4x4>
 #include <QString>
 #include <QVector>
+
+#include <memory>
 
 // A node tree as files hold it, before it becomes part of the scene. Paths are absolute.
 struct koSceneNodeDesc
@@ -17,6 +20,8 @@ struct koSceneNodeDesc
     QMatrix4x4 transform;
     quint32 vertices = 0;
     quint32 faces = 0;
+    // The triangles an import read; files of the host keep only the counts.
+    std::shared_ptr<const koMesh> mesh;
     // Nodes with the same tag share their content (clones); "" for none.
     QString instance;
     koReferenceContent reference;

@@ -307,6 +307,10 @@ koReferenceContent koSceneStore::withFileStateOf(koReferenceContent links, quint
         links.smartUnreadable = current->smartUnreadable;
         links.smartStamp = current->smartStamp;
     }
+    if (links.hasSource && current->hasSource && links.sourcePath == current->sourcePath) {
+        links.sourceUnreadable = current->sourceUnreadable;
+        links.sourceStamp = current->sourceStamp;
+    }
     return links;
 }
 

@@ -67,7 +67,7 @@ void tst_koFileStates::states()
     QFETCH(FileState, sourceState);
 
     const QString smartFile = m_host.writeProject(QStringLiteral("parts/part.kpr"), {koTestHost::geometry("Body")});
-    const QString sourceFile = m_host.writeFile(QStringLiteral("parts/part.obj"), "o Body\nv 0 0 0\nf 1 1 1\n");
+    const QString sourceFile = m_host.writeFile(QStringLiteral("parts/part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Body\nf 1 2 3\n");
     koTestHost::setModified(smartFile, past);
     koTestHost::setModified(sourceFile, past);
     if (setup == "smart absent")
@@ -119,8 +119,8 @@ void tst_koFileStates::queriesReadTheCacheUntilFilesAreChecked()
 
 void tst_koFileStates::monitoringAnnouncesEachChangeOnce()
 {
-    const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
-    m_host.writeFile(QStringLiteral("b.obj"), "v 0 0 0\n");
+    const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("b.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     koTestHost::setModified(sourceFile, past);
     const QString project = m_host.writeProject(
         QStringLiteral("project.kpr"),
@@ -143,7 +143,7 @@ void tst_koFileStates::monitoringAnnouncesEachChangeOnce()
 
 void tst_koFileStates::monitoringRunsAtItsInterval()
 {
-    const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
+    const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
     QSignalSpy monitoring(koService<koReferenceService>(), &koReferenceService::updateMonitoringChanged);
     QSignalSpy changed(koService<koReferenceService>(), &koReferenceService::referencesChanged);
@@ -164,8 +164,8 @@ void tst_koFileStates::monitoringRunsAtItsInterval()
 
 void tst_koFileStates::monitoringFollowsChangedLinks()
 {
-    m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\n");
-    const QString moved = m_host.writeFile(QStringLiteral("moved/a.obj"), "v 0 0 0\n");
+    m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const QString moved = m_host.writeFile(QStringLiteral("moved/a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("A", QString(), "a.obj"));
     koService<koReferenceService>()->checkFiles();
     reference.setSourcePath(moved);

@@ -260,7 +260,7 @@ void tst_koProjectFile::referenceIncludingItselfStaysUnloaded()
 
 void tst_koProjectFile::movedProjectFolderKeepsItsLinks()
 {
-    m_host.writeFile(QStringLiteral("project/parts/wheel.obj"), "o Wheel\nv 0 0 0\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("project/parts/wheel.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Wheel\nf 1 2 3\n");
     m_host.writeProject(QStringLiteral("project/parts/wheel.kpr"), {koTestHost::geometry("Rim")});
     const QString main = m_host.writeProject(
         QStringLiteral("project/main.kpr"), {koTestHost::reference("Wheel", "parts/wheel.kpr", "parts/wheel.obj")});
@@ -279,7 +279,7 @@ void tst_koProjectFile::movedProjectFolderKeepsItsLinks()
 
 void tst_koProjectFile::pathsOutsideTheFolderStayAbsolute()
 {
-    const QString outside = m_host.writeFile(QStringLiteral("library/bolt.obj"), "v 0 0 0\n");
+    const QString outside = m_host.writeFile(QStringLiteral("library/bolt.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     const QString main = m_host.writeProject(QStringLiteral("project/main.kpr"),
                                              {koTestHost::reference("Bolt", QString(), outside)});
     QVERIFY(koService<koFileIOService>()->loadProject(main));
@@ -293,7 +293,7 @@ void tst_koProjectFile::pathsOutsideTheFolderStayAbsolute()
 
 void tst_koProjectFile::savedProjectLoadsIntoTheSameScene()
 {
-    m_host.writeFile(QStringLiteral("a.obj"), "o A\ng Top\nv 0 0 0\nf 1 1 1\ng Bottom\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\ng Top\nf 1 2 3\ng Bottom\nf 1 2 3\n");
     QJsonObject transformed = koTestHost::group("Moved", {koTestHost::geometry("Inner")});
     transformed.insert(QStringLiteral("transform"), QJsonArray{1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
     transformed.insert(QStringLiteral("locked"), true);

@@ -99,7 +99,7 @@ void tst_koSceneRoundTrip::initTestCase()
 
 void tst_koSceneRoundTrip::init()
 {
-    m_host.writeFile(QStringLiteral("parts/bolt.obj"), "o Bolt\nv 0 0 0\nv 1 0 0\nf 1 2 1\n");
+    m_host.writeFile(QStringLiteral("parts/bolt.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Bolt\nv 1 0 0\nf 1 2 3\n");
     m_host.writeProject(QStringLiteral("parts/nut.kpr"), {koTestHost::geometry("Nut")});
 }
 
@@ -195,7 +195,7 @@ void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave()
 
 void tst_koSceneRoundTrip::projectMovedWithSiblingFoldersKeepsItsLinks()
 {
-    m_host.writeFile(QStringLiteral("project/shared/inner.obj"), "o Inner\nv 0 0 0\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("project/shared/inner.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Inner\nf 1 2 3\n");
     m_host.writeProject(QStringLiteral("project/parts/a.kpr"), {koTestHost::group("Holder")});
     const QString root = m_host.writeProject(QStringLiteral("project/root.kpr"),
                                              {koTestHost::reference("A", "parts/a.kpr", QString())});

@@ -48,8 +48,8 @@ kodReferenceNode referenceNamed(const QString& name)
 
 void tst_koUndo::init()
 {
-    m_host.writeFile(QStringLiteral("wheel.obj"), "o Wheel\ng Rim\nf 1 1 1\ng Tyre\nf 1 1 1\n");
-    m_host.writeFile(QStringLiteral("other.obj"), "o Other\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("wheel.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Wheel\ng Rim\nf 1 2 3\ng Tyre\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("other.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Other\nf 1 2 3\n");
     m_host.writeProject(QStringLiteral("wheel.kpr"), {koTestHost::geometry("Rim"), koTestHost::geometry("Tyre")});
     const QString main = m_host.writeProject(
         QStringLiteral("main.kpr"),

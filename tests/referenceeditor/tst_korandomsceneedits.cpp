@@ -119,7 +119,7 @@ QVector<Step> steps()
 
 void tst_koRandomSceneEdits::initTestCase()
 {
-    m_host.writeFile(QStringLiteral("parts/spoke.obj"), "o Spoke\nv 0 0 0\nf 1 1 1\ng Nipple\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("parts/spoke.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Spoke\nf 1 2 3\ng Nipple\nf 1 2 3\n");
     m_host.writeProject(QStringLiteral("parts/spoke.kpr"), {koTestHost::geometry("Spoke")});
     m_host.writeProject(QStringLiteral("parts/wheel.kpr"),
                         {koTestHost::group("Hub", {koTestHost::geometry("Axle")}),

@@ -43,10 +43,10 @@ const QString changedText =
 
 void tst_koReferenceCreateCommands::init()
 {
-    m_host.writeFile(QStringLiteral("parts/a.obj"), "o A\nv 0 0 0\n");
-    m_host.writeFile(QStringLiteral("parts/b.obj"), "o B\nv 0 0 0\n");
-    m_host.writeFile(QStringLiteral("parts/b.v2.obj"), "o B\nv 0 0 0\n");
-    m_host.writeFile(QStringLiteral("parts/c.stl"), "solid c\nendsolid c\n");
+    m_host.writeFile(QStringLiteral("parts/a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("parts/b.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no B\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("parts/b.v2.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no B\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("parts/c.stl"), "solid c\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid c\n");
     m_host.writeProject(QStringLiteral("smart/current.kpr"), {koTestHost::geometry("Current")});
     m_host.writeProject(QStringLiteral("smart/other.kpr"), {koTestHost::geometry("Other")});
     m_host.writeProject(QStringLiteral("smart/both.kpr"), {koTestHost::geometry("Both")});

@@ -80,7 +80,7 @@ QRegExp search(const QString& text)
 void tst_koReferenceFilterModel::initTestCase()
 {
     const QString a = m_host.writeProject(QStringLiteral("a.kpr"), {koTestHost::geometry("Body")});
-    m_host.writeFile(QStringLiteral("a.obj"), "o A\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\nf 1 2 3\n");
     koSceneNodeDesc osb;
     osb.name = QStringLiteral("C");
     m_host.writeFile(QStringLiteral("c.osb"), koOsbFile::serialize(osb));

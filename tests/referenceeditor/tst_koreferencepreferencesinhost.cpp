@@ -180,7 +180,7 @@ void tst_koReferencePreferencesInHost::notificationModeDecidesTheNotices()
     useDialog(QStringLiteral("References"), [&](QWidget* page) {
         page->findChild<QComboBox*>(QStringLiteral("m_changeNotificationMode"))->setCurrentText(mode);
     }, {QDialogButtonBox::Ok});
-    const QString part = m_host.writeFile(QStringLiteral("notices/part.obj"), "o Part\nv 0 0 0\nf 1 1 1\n");
+    const QString part = m_host.writeFile(QStringLiteral("notices/part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Part\nf 1 2 3\n");
     const QString project = m_host.writeProject(
         QStringLiteral("notices/project.kpr"),
         {koTestHost::reference("Gone", QString(), "gone.obj"), koTestHost::reference("Part", QString(), "part.obj")});
@@ -230,7 +230,7 @@ void tst_koReferencePreferencesInHost::colouredStateTextsCanBeSwitchedOff()
     useDialog(QStringLiteral("General"), [](QWidget* page) {
         page->findChild<QCheckBox*>(QStringLiteral("m_colouredStateTexts"))->setChecked(false);
     }, {QDialogButtonBox::Ok});
-    m_host.writeFile(QStringLiteral("plain/rim.obj"), "o Rim\nv 0 0 0\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("plain/rim.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Rim\nf 1 2 3\n");
     QVERIFY(koService<koFileIOService>()->loadProject(
         m_host.writeProject(QStringLiteral("plain/project.kpr"), {koTestHost::reference("Wheel", QString(), "rim.obj")})));
 

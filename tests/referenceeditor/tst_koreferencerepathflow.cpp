@@ -83,7 +83,7 @@ public:
 
 void tst_koReferenceRepathFlow::init()
 {
-    m_host.writeFile(QStringLiteral("current/c.obj"), "o C\n");
+    m_host.writeFile(QStringLiteral("current/c.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no C\nf 1 2 3\n");
     const QString project = m_host.writeProject(
         QStringLiteral("project.kpr"),
         {koTestHost::reference("A", "old/a/a.kpr", "old/a/a.obj"), koTestHost::reference("B", QString(), "old/b/b.obj"),
@@ -245,7 +245,7 @@ void tst_koReferenceRepathFlow::requestsChooseTheLinks()
     QFETCH(QString, expectedLinks);
 
     m_host.writeFile(QStringLiteral("new/a.kpr"), "{}");
-    m_host.writeFile(QStringLiteral("new/a.obj"), "o A\n");
+    m_host.writeFile(QStringLiteral("new/a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\nf 1 2 3\n");
     koDialogDriver driver;
     answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});
     auto* ui = koService<koInternalUiService>();

@@ -323,7 +323,7 @@ void tst_koReferenceEditorActions::fileTypeEntriesFollowTheScene()
     QTest::mouseClick(button, Qt::LeftButton);
     QVERIFY(m_module->filterMenu()->menu()->isVisible());
     m_module->filterMenu()->menu()->hide();
-    QCOMPARE(fileTypes(), (QStringList{".kpr", ".obj", ".osb", ".stl"}));
+    QCOMPARE(fileTypes(), (QStringList{".gltf", ".kpr", ".obj", ".osb", ".ply", ".stl"}));
     QVERIFY(!button->isChecked());
 
     m_module->m_listMode->setCurrentIndex(1);
@@ -340,7 +340,7 @@ void tst_koReferenceEditorActions::fileTypeEntriesFollowTheScene()
     QTest::mouseClick(button, Qt::LeftButton);
     m_module->filterMenu()->menu()->hide();
 
-    QCOMPARE(fileTypes(), (QStringList{".kpr", ".obj on", ".osb", ".ply"}));
+    QCOMPARE(fileTypes(), (QStringList{".gltf", ".kpr", ".obj on", ".osb", ".ply"}));
     QCOMPARE(events, (QStringList{"released", "removed"}));
     QVERIFY(button->isChecked());
     entries.value(QStringLiteral("obj"))->trigger();

@@ -1,5 +1,6 @@
 #include <kovis/koFileIOService.h>
 
+#include "koCadImporter.h"
 #include "koMeshImporter.h"
 #include "koReferenceEngine.h"
 
@@ -34,11 +35,15 @@ QString koFileIOService::getImportFileFilter(int group) const
         return tr("Smart Files (*.kpr *.osb)");
     case GeometryFiles:
     case ImportFiles: {
-        // What the import library reads, asked from it: all at once first, then format by format.
-        const QString importable = tr("Importable Files (%1)").arg(koMeshImporter::patterns().join(QLatin1Char(' ')));
+        // What the import libraries read, asked from them: all at once first, then format by format.
+        QStringList patterns = koMeshImporter::patterns() + koCadImporter::patterns();
+        QStringList formats = koMeshImporter::fileFilters() + koCadImporter::fileFilters();
+        patterns.sort();
+        formats.sort(Qt::CaseInsensitive);
+        const QString importable = tr("Importable Files (%1)").arg(patterns.join(QLatin1Char(' ')));
         if (group == GeometryFiles)
             return importable;
-        return (QStringList{importable} + koMeshImporter::fileFilters() + QStringList{all}).join(QStringLiteral(";;"));
+        return (QStringList{importable} + formats + QStringList{all}).join(QStringLiteral(";;"));
     }
     default:
         return all;

@@ -1,5 +1,6 @@
 #include "koSceneLoader.h"
 
+#include "koCadImporter.h"
 #include "koMeshImporter.h"
 #include "koOsbFile.h"
 #include "koProjectFile.h"
@@ -60,6 +61,8 @@ bool koSceneLoader::importSource(const QString& path, koSceneNodeDesc& content, 
         }
         return false;
     }
+    if (koCadImporter::canRead(path))
+        return koCadImporter::read(path, content, error);
     return koMeshImporter::read(path, content, error);
 }
 

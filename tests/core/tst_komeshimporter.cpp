@@ -10,7 +10,13 @@
 #include <kovis/koNodeInfoDialog.h>
 #include <kovis/koReferenceService.h>
 
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <IGESControl_Controller.hxx>
+#include <IGESControl_Writer.hxx>
+#include <STEPControl_Writer.hxx>
+
 #include <QDataStream>
+#include <QDir>
 #include <QLabel>
 #include <QtTest>
 
@@ -76,6 +82,28 @@ QByteArray gltf(const QByteArray& nodes)
            + buffer.toBase64() + R"("}]})";
 }
 
+// A box as the CAD exchange formats hold it, written by the same library that reads it.
+QByteArray cadBox(const QString& suffix)
+{
+    const TopoDS_Shape box = BRepPrimAPI_MakeBox(10, 20, 30).Shape();
+    const QString path = QDir::temp().filePath(QStringLiteral("tst_komeshimporter-box.") + suffix);
+    if (suffix == QLatin1String("step")) {
+        STEPControl_Writer writer;
+        writer.Transfer(box, STEPControl_AsIs);
+        writer.Write(QFile::encodeName(path).constData());
+    } else {
+        IGESControl_Controller::Init();
+        IGESControl_Writer writer("MM", 1);
+        writer.AddShape(box);
+        writer.ComputeModel();
+        writer.Write(QFile::encodeName(path).constData());
+    }
+    QFile file(path);
+    const QByteArray data = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    file.remove();
+    return data;
+}
+
 // name(children) with vertices/faces of geometry and the x of its placement.
 QString describe(const kodNode& node)
 {
@@ -117,6 +145,9 @@ void tst_koMeshImporter::formatsBecomeNodeTrees_data()
         << "part.gltf"
         << gltf(R"([{"name": "Left", "mesh": 0}, {"name": "Right", "mesh": 0, "translation": [2, 0, 0]}])")
         << "R(Left 3/1, Right 3/1 x=2)";
+    // Six faces of two triangles each, every face with its own four corners.
+    QTest::newRow("STEP") << "box.step" << cadBox(QStringLiteral("step")) << "R(box 24/12)";
+    QTest::newRow("IGES") << "box.igs" << cadBox(QStringLiteral("igs")) << "R(box 24/12)";
 }
 
 void tst_koMeshImporter::formatsBecomeNodeTrees()
@@ -138,12 +169,14 @@ void tst_koMeshImporter::badFilesAreRefusedWithAReason_data()
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("reason");
 
-    QTest::newRow("CAD assembly") << "engine.CATProduct" << QByteArray("binary") << "cannot be imported";
+    QTest::newRow("CAD format no library reads") << "engine.CATProduct" << QByteArray("binary") << "cannot be imported";
     QTest::newRow("unknown type") << "notes.xyz123" << QByteArray("text") << "cannot be imported";
     QTest::newRow("OBJ with indices out of range") << "bad.obj" << QByteArray("v 0 0 0\nf 1 2 3\n") << "bad.obj";
     QTest::newRow("OBJ without geometry") << "empty.obj" << QByteArray("# nothing\n") << "empty.obj";
     QTest::newRow("truncated binary STL") << "bad.stl" << binaryStl(1000, 1) << "bad.stl";
     QTest::newRow("PLY cut in the header") << "bad.ply" << QByteArray("ply\nformat ascii 1.0\nelement vert") << "bad.ply";
+    QTest::newRow("STEP cut short") << "bad.step" << cadBox(QStringLiteral("step")).left(400) << "bad.step";
+    QTest::newRow("IGES that is text") << "bad.igs" << QByteArray("not a drawing\n") << "bad.igs";
     QTest::newRow("glTF that is no JSON") << "bad.gltf" << QByteArray("{\"asset\": {\"version\": ") << "bad.gltf";
     QTest::newRow("glTF pointing past its buffer")
         << "bad.gltf" << gltf(R"([{"name": "Left", "mesh": 3}, {"name": "Right", "mesh": 0}])").replace("\"count\": 3, \"type\": \"VEC3\"", "\"count\": 300, \"type\": \"VEC3\"")
@@ -179,7 +212,7 @@ void tst_koMeshImporter::filterListsWhatTheLibraryReads()
     QVERIFY(entries.first().startsWith(QStringLiteral("Importable Files (")));
     QCOMPARE(entries.last(), QStringLiteral("All Files (*)"));
     const QStringList all = entries.first().section(QLatin1Char('('), 1).chopped(1).split(QLatin1Char(' '));
-    for (const char* pattern : {"*.obj", "*.stl", "*.ply", "*.gltf", "*.glb", "*.fbx", "*.dae", "*.3ds"})
+    for (const char* pattern : {"*.obj", "*.stl", "*.ply", "*.gltf", "*.glb", "*.fbx", "*.dae", "*.3ds", "*.step", "*.igs"})
         QVERIFY2(all.contains(QLatin1String(pattern)), pattern);
     QVERIFY(entries.size() > 10);
     QVERIFY(!all.contains(QStringLiteral("*.catproduct")));

@@ -1,9 +1,7 @@
 #include "koCadImporter.h"
 
 #include "koMesh.h"
-#include "koRegularFile.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -100,19 +98,12 @@ QStringList koCadImporter::patterns()
     return {QStringLiteral("*.iges"), QStringLiteral("*.igs"), QStringLiteral("*.step"), QStringLiteral("*.stp")};
 }
 
-bool koCadImporter::read(const QString& path, koSceneNodeDesc& content, QString* error)
+bool koCadImporter::read(const QString& path, koSceneNodeDesc& content, QString* reason)
 {
-    const auto fail = [&](const QString& reason) {
-        if (error)
-            *error = tr("%1 could not be imported: %2").arg(QDir::toNativeSeparators(path), reason);
+    const auto fail = [reason](const QString& why) {
+        *reason = why;
         return false;
     };
-    koRegularFile file(path);
-    if (!file.open(maxFileSize)) {
-        if (error)
-            *error = file.errorString();
-        return false;
-    }
     silenceTheLibrary();
     const QString suffix = QFileInfo(path).suffix().toLower();
     std::unique_ptr<XSControl_Reader> reader;

@@ -14,10 +14,9 @@ class KOVIS_EXPORT koCadImporter
     Q_DECLARE_TR_FUNCTIONS(koCadImporter)
 
 public:
-    static constexpr qint64 maxFileSize = qint64(2) * 1024 * 1024 * 1024;
-
     static bool canRead(const QString& path);
-    static bool read(const QString& path, koSceneNodeDesc& content, QString* error);
+    // False with why the file could not be read.
+    static bool read(const QString& path, koSceneNodeDesc& content, QString* reason);
     // "STEP (*.step *.stp)" and the like.
     static QStringList fileFilters();
     static QStringList patterns();

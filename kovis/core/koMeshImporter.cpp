@@ -2,9 +2,7 @@
 
 #include "koMesh.h"
 #include "koProjectFile.h"
-#include "koRegularFile.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -60,11 +58,12 @@ QStringList suffixesOf(const char* extensions)
 
 // The library's PLY reader never returns from a header cut short; such a file is
 // refused before it gets there.
-bool hasWholePlyHeader(const QString& path, koRegularFile& file)
+bool hasWholePlyHeader(const QString& path)
 {
     if (QFileInfo(path).suffix().compare(QLatin1String("ply"), Qt::CaseInsensitive) != 0)
         return true;
-    const QByteArray start = file.device().read(64 * 1024);
+    QFile file(path);
+    const QByteArray start = file.open(QIODevice::ReadOnly) ? file.read(64 * 1024) : QByteArray();
     return start.contains("\nend_header\n") || start.contains("\nend_header\r\n");
 }
 
@@ -100,22 +99,15 @@ QStringList koMeshImporter::fileFilters()
     return filters;
 }
 
-bool koMeshImporter::read(const QString& path, koSceneNodeDesc& content, QString* error)
+bool koMeshImporter::read(const QString& path, koSceneNodeDesc& content, QString* reason)
 {
-    const auto fail = [&](const QString& reason) {
-        if (error)
-            *error = tr("%1 could not be imported: %2").arg(QDir::toNativeSeparators(path), reason);
+    const auto fail = [reason](const QString& why) {
+        *reason = why;
         return false;
     };
-    koRegularFile file(path);
-    if (!file.open(maxFileSize)) {
-        if (error)
-            *error = file.errorString();
-        return false;
-    }
     if (!canRead(path))
         return fail(tr("files of type \"%1\" cannot be imported").arg(QFileInfo(path).suffix()));
-    if (!hasWholePlyHeader(path, file))
+    if (!hasWholePlyHeader(path))
         return fail(tr("the PLY header is incomplete"));
     Assimp::Importer importer;
     const aiScene* scene = importer.ReadFile(QFile::encodeName(path).constData(),
@@ -124,9 +116,9 @@ bool koMeshImporter::read(const QString& path, koSceneNodeDesc& content, QString
         return fail(QString::fromUtf8(importer.GetErrorString()).trimmed());
     content.type = koNodeType::Group;
     content.name = QFileInfo(path).completeBaseName();
-    QString reason;
-    if (!addNode(*scene, *scene->mRootNode, content, 0, &reason))
-        return fail(reason);
+    QString why;
+    if (!addNode(*scene, *scene->mRootNode, content, 0, &why))
+        return fail(why);
     if (content.children.isEmpty())
         return fail(tr("the file holds no geometry"));
     return true;

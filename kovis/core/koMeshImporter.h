@@ -18,9 +18,8 @@ class KOVIS_EXPORT koMeshImporter
     Q_DECLARE_TR_FUNCTIONS(koMeshImporter)
 
 public:
-    static constexpr qint64 maxFileSize = qint64(2) * 1024 * 1024 * 1024;
-
-    static bool read(const QString& path, koSceneNodeDesc& content, QString* error);
+    // False with why the file could not be read.
+    static bool read(const QString& path, koSceneNodeDesc& content, QString* reason);
     // Whether the library reads files of this name (by its suffix).
     static bool canRead(const QString& path);
     // One "Name (*.ext ...)" entry per format the library reads, by name.

@@ -4,6 +4,7 @@
 #include "koMeshImporter.h"
 #include "koOsbFile.h"
 #include "koProjectFile.h"
+#include "koRegularFile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -53,17 +54,24 @@ bool koSceneLoader::readSmartFile(const QString& path, koSceneNodeDesc& content,
 
 bool koSceneLoader::importSource(const QString& path, koSceneNodeDesc& content, QString* error)
 {
-    const QFileInfo info(path);
-    if (!info.isFile()) {
-        if (error) {
-            *error = (info.exists() ? tr("%1 is not a regular file") : tr("%1 does not exist"))
-                         .arg(QDir::toNativeSeparators(path));
-        }
+    if (!QFileInfo::exists(path)) {
+        if (error)
+            *error = tr("%1 does not exist").arg(QDir::toNativeSeparators(path));
         return false;
     }
-    if (koCadImporter::canRead(path))
-        return koCadImporter::read(path, content, error);
-    return koMeshImporter::read(path, content, error);
+    // The libraries open files by name: what they get is checked to be a regular file first.
+    koRegularFile file(path);
+    if (!file.open(maxSourceSize)) {
+        if (error)
+            *error = file.errorString();
+        return false;
+    }
+    QString reason;
+    const bool read = koCadImporter::canRead(path) ? koCadImporter::read(path, content, &reason)
+                                                    : koMeshImporter::read(path, content, &reason);
+    if (!read && error)
+        *error = tr("%1 could not be imported: %2").arg(QDir::toNativeSeparators(path), reason);
+    return read;
 }
 
 void koSceneLoader::resolveReferences(koSceneNodeDesc& content, const QString& path)

@@ -18,6 +18,8 @@ public:
 
     koSceneLoader(int loadMode, std::function<void(const QString&)> warn);
 
+    static constexpr qint64 maxSourceSize = qint64(2) * 1024 * 1024 * 1024;
+
     static bool isSmartFile(const QString& path);
     static bool isGeometryFile(const QString& path);
 

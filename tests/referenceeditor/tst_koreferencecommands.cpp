@@ -137,20 +137,6 @@ QString describe(const kodReferenceNode& reference)
              reference.hasSmartReference() ? "smart" : "-", reference.hasSourceReference() ? "source" : "-");
 }
 
-QAction* findAction(const QList<QAction*>& actions, const QString& path)
-{
-    const QString first = path.section(QLatin1Char('/'), 0, 0);
-    for (QAction* action : actions) {
-        if (action->text() != first)
-            continue;
-        const QString rest = path.section(QLatin1Char('/'), 1);
-        if (rest.isEmpty())
-            return action;
-        return action->menu() ? findAction(action->menu()->actions(), rest) : nullptr;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 class tst_koReferenceCommands : public QObject
@@ -209,8 +195,8 @@ void tst_koReferenceCommands::cleanup()
 // "File/Load All" and "Edit/..." are the menu bar's; other paths are the context menu's.
 QAction* tst_koReferenceCommands::action(const QString& path) const
 {
-    QAction* found = findAction(m_module->menuBar()->actions(), path);
-    return found ? found : findAction(m_module->actions()->contextMenu()->actions(), path);
+    QAction* found = koTestHost::findAction(m_module->menuBar()->actions(), path);
+    return found ? found : koTestHost::findAction(m_module->actions()->contextMenu()->actions(), path);
 }
 
 void tst_koReferenceCommands::select(const QStringList& names)

@@ -53,20 +53,6 @@ private:
 
 namespace {
 
-QAction* findAction(const QList<QAction*>& actions, const QString& path)
-{
-    const QString first = path.section(QLatin1Char('/'), 0, 0);
-    for (QAction* action : actions) {
-        if (action->text() != first)
-            continue;
-        const QString rest = path.section(QLatin1Char('/'), 1);
-        if (rest.isEmpty())
-            return action;
-        return action->menu() ? findAction(action->menu()->actions(), rest) : nullptr;
-    }
-    return nullptr;
-}
-
 QString nameOf(const QString& reference, int child = 0)
 {
     const QList<kodNode> children = koTestHost::findReference(reference).getChildren();
@@ -77,7 +63,7 @@ QString nameOf(const QString& reference, int child = 0)
 
 void tst_koReferenceWorkKept::init()
 {
-    m_host.writeFile(QStringLiteral("bell.obj"), "o Bell\nv 0 0 0\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("bell.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Bell\nf 1 2 3\n");
     m_host.writeProject(QStringLiteral("frame.kpr"),
                         {koTestHost::geometry("Tube"), koTestHost::group("Fork", {koTestHost::geometry("Blade")})});
     m_host.writeProject(QStringLiteral("wheel.kpr"), {koTestHost::geometry("Rim")});
@@ -106,9 +92,9 @@ void tst_koReferenceWorkKept::trigger(const QString& path, const QStringList& se
         nodes << koTestHost::findNode(name);
     m_module->nodeSelectionModel()->selectNodes(nodes);
     m_module->actions()->updateActions();
-    QAction* action = findAction(m_module->menuBar()->actions(), path);
+    QAction* action = koTestHost::findAction(m_module->menuBar()->actions(), path);
     if (!action)
-        action = findAction(m_module->actions()->contextMenu()->actions(), path);
+        action = koTestHost::findAction(m_module->actions()->contextMenu()->actions(), path);
     QVERIFY2(action, qPrintable(path));
     QVERIFY2(action->isEnabled(), qPrintable(path));
     action->trigger();

@@ -10,6 +10,7 @@
 #include <kovis/koReferenceService.h>
 
 #include <QCoreApplication>
+#include <QMenu>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -163,6 +164,20 @@ kodNode koTestHost::findNode(const QString& name)
 kodReferenceNode koTestHost::findReference(const QString& name)
 {
     return kodReferenceNode(findNode(name).getObjectId());
+}
+
+QAction* koTestHost::findAction(const QList<QAction*>& actions, const QString& path)
+{
+    const QString first = path.section(QLatin1Char('/'), 0, 0);
+    for (QAction* action : actions) {
+        if (action->text() != first)
+            continue;
+        const QString rest = path.section(QLatin1Char('/'), 1);
+        if (rest.isEmpty())
+            return action;
+        return action->menu() ? findAction(action->menu()->actions(), rest) : nullptr;
+    }
+    return nullptr;
 }
 
 void koTestHost::settle()

@@ -2,6 +2,7 @@
 
 #include <kovis/kodReferenceNode.h>
 
+#include <QAction>
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -36,6 +37,8 @@ public:
     // The first node of the scene with this name, its root included, depth first; null if none.
     static kodNode findNode(const QString& name);
     static kodReferenceNode findReference(const QString& name);
+    // The action at a menu path such as "Edit/Clone" among the actions; null if none.
+    static QAction* findAction(const QList<QAction*>& actions, const QString& path);
     // Lets the work that the window defers to the event loop (reloads, selections) run.
     static void settle();
 

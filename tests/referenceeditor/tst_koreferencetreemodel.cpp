@@ -113,7 +113,7 @@ void tst_koReferenceTreeModel::displayText()
 
     m_host.writeProject(QStringLiteral("Engine.kpr"), {koTestHost::geometry("Block")});
     m_host.writeProject(QStringLiteral("motor.kpr"), {koTestHost::geometry("Block")});
-    m_host.writeFile(QStringLiteral("rim.obj"), "o Rim\nf 1 1 1\n");
+    m_host.writeFile(QStringLiteral("rim.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Rim\nf 1 2 3\n");
     kodReferenceNode node = m_host.loadSingleReference(reference);
     QVERIFY(node.isValid());
     if (setup == "rename child")

@@ -80,7 +80,15 @@ void koReferenceFilterModel::setFilterFlag(int key, bool enabled, const QString&
 
 void koReferenceFilterModel::setSearchText(const QRegExp& expression)
 {
+    // Row by row, the views hear of every row that leaves or comes back, and each time
+    // move every expanded row they keep: on a large expanded scene that costs far more
+    // than one relayout. So the rows are laid out once under the new search, after
+    // which the base class takes the expression and finds nothing left to change.
+    m_pendingSearch = expression;
+    m_searchPending = true;
+    invalidate();
     setFilterRegExp(expression);
+    m_searchPending = false;
 }
 
 bool koReferenceFilterModel::isFilterEmpty() const
@@ -90,7 +98,7 @@ bool koReferenceFilterModel::isFilterEmpty() const
 
 bool koReferenceFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
-    const QRegExp expression = filterRegExp();
+    const QRegExp expression = m_searchPending ? m_pendingSearch : filterRegExp();
     if (!expression.isEmpty() && !matchesSearch(matcherFor(expression), sourceRow, sourceParent))
         return false;
     return m_flags.empty() || passesFlags(sourceRow, sourceParent);

@@ -51,4 +51,6 @@ private:
     // Built from the filter expression when it changes: the expression itself is slow
     // for the plain text users type.
     mutable koTextMatcher m_search;
+    QRegExp m_pendingSearch;
+    bool m_searchPending = false;
 };

@@ -45,13 +45,27 @@ bool RepathFileIndex::contains(const QString& name, const QString& folder) const
     return entry->firstFolder == id || std::binary_search(entry->otherFolders.cbegin(), entry->otherFolders.cend(), id);
 }
 
+QStringList RepathFileIndex::directories(const QString& name) const
+{
+    const Name entry = m_names.value(name);
+    if (entry.count == 0)
+        return {};
+    QStringList directories{entry.firstDirectory};
+    for (const int folder : entry.otherFolders)
+        directories.append(m_directories.at(folder));
+    return directories;
+}
+
 // A walk hands in the files of one directory in a row, so the last folder is remembered.
 int RepathFileIndex::folderId(const QString& directory)
 {
     if (m_lastFolder < 0 || directory != m_lastDirectory) {
         const QString folder = QDir::fromNativeSeparators(directory);
         m_lastFolder = m_folders.value(folder, m_folders.size());
-        m_folders.insert(folder, m_lastFolder);
+        if (m_lastFolder == m_directories.size()) {
+            m_folders.insert(folder, m_lastFolder);
+            m_directories.append(directory);
+        }
         m_lastDirectory = directory;
     }
     return m_lastFolder;

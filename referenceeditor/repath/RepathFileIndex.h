@@ -23,6 +23,9 @@ public:
     QString firstDirectory(const QString& name) const;
     // Whether a file of the name lies in the folder; separators do not matter.
     bool contains(const QString& name, const QString& folder) const;
+    // The directories of all files of the name: the first one met first, then the others in
+    // the order the walk met their folders.
+    QStringList directories(const QString& name) const;
 
 private:
     struct Name
@@ -39,6 +42,8 @@ private:
     QHash<QString, Name> m_names;
     bool m_limited = false;
     QHash<QString, int> m_folders;
+    // by folder id
+    QVector<QString> m_directories;
     QString m_lastDirectory;
     int m_lastFolder = -1;
 };

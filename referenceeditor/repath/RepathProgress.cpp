@@ -4,6 +4,7 @@
 
 void RepathProgress::enterFolder(const QString& folder)
 {
+    m_folders.fetch_add(1, std::memory_order_relaxed);
     const QMutexLocker lock(&m_mutex);
     m_folder = folder;
 }

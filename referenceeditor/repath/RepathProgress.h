@@ -18,6 +18,7 @@ public:
 
     // From any thread.
     QString folder() const;
+    int folders() const { return m_folders.load(std::memory_order_relaxed); }
     int files() const { return m_files.load(std::memory_order_relaxed); }
     void cancel() { m_cancelled.store(true); }
     bool isCancelled() const { return m_cancelled.load(); }
@@ -25,6 +26,7 @@ public:
 private:
     mutable QMutex m_mutex;
     QString m_folder;
+    std::atomic<int> m_folders{0};
     std::atomic<int> m_files{0};
     std::atomic<bool> m_cancelled{false};
 };

@@ -3,18 +3,27 @@
 #include "RepathEntryList.h"
 #include "koReferenceRePathDialogI.h"
 #include "koReferenceRePathSummaryI.h"
+#include "koRepathChoiceText.h"
 #include "koRepathEngine.h"
 #include "koRepathSearch.h"
+
+#include <kovis/koKernelServiceFactory.h>
+#include <kovis/koLogService.h>
 
 #include <QMessageBox>
 
 namespace {
 
-RepathMode modeOf(bool sources, bool smarts)
+// A name found in several folders may have been matched to the wrong one; the log lets
+// the user check each such link after the fact.
+void logAmbiguities(const QVector<RepathLink>& links, const QVector<RepathChoice>& choices)
 {
-    if (sources && smarts)
-        return RepathMode::Both;
-    return smarts ? RepathMode::SmartsOnly : RepathMode::SourcesOnly;
+    for (int i = 0; i < links.size(); ++i) {
+        if (choices.at(i).isAmbiguous()) {
+            koService<koLogService>()->logWarning(QStringLiteral("References"),
+                                                  koRepathChoiceText::ambiguity(links.at(i), choices.at(i)));
+        }
+    }
 }
 
 } // namespace
@@ -39,12 +48,12 @@ bool koReferenceRepathFlow::run(QWidget* parent, const QList<kodReferenceNode>& 
 
     // The scene is read here, on the GUI thread; only the disk is searched off it.
     const QVector<RepathLink> links = repathLinks(nodes, dialog.missingFilesOnly(), sources, smarts);
-    QStringList targets;
-    if (!koRepathSearch::run(parent, links, newPath, dialog.searchSubdirectories(), progress, targets))
+    QVector<RepathChoice> choices;
+    if (!koRepathSearch::run(parent, links, newPath, dialog.searchSubdirectories(), progress, choices))
         return false;
     RepathEntryList found;
     RepathEntryList notFound;
-    sortRepathEntries(found, notFound, links, targets, newPath);
+    sortRepathEntries(found, notFound, links, choices, newPath);
     if (!notFound.isEmpty()) {
         if (nodes.size() == 1) {
             QMessageBox::warning(parent, tr("Repath"),
@@ -62,8 +71,9 @@ bool koReferenceRepathFlow::run(QWidget* parent, const QList<kodReferenceNode>& 
     }
     // OK in the summary repaths everything, the links not found to their names in the
     // new folder as well.
-    const RepathMode mode = modeOf(sources, smarts);
+    const RepathMode mode = repathMode(sources, smarts);
     applyRepath(found, mode);
     applyRepath(notFound, mode);
+    logAmbiguities(links, choices);
     return true;
 }

@@ -103,6 +103,21 @@ QString tailMatch(const QString& oldPath, const QString& newDir, const QString& 
     return placeholderWalk(base, QDir::fromNativeSeparators(QFileInfo(oldPath).absolutePath()), name, index);
 }
 
+// How many folders below newDir the file lies, which is the length of the tail it matched.
+int tailLength(const QString& newDir, const QString& file)
+{
+    const QDir base(QDir::cleanPath(QFileInfo(newDir).absoluteFilePath()));
+    return base.relativeFilePath(QFileInfo(file).absolutePath()).count(QLatin1Char('/')) + 1;
+}
+
+RepathChoice singleFile(const QString& path)
+{
+    RepathChoice choice;
+    choice.path = path;
+    choice.rule = RepathChoice::Rule::SingleFile;
+    return choice;
+}
+
 QString linkPath(const kodReferenceNode& node, RepathTarget kind)
 {
     return kind == RepathTarget::Source ? node.getSourcePath() : node.getSmartPath();
@@ -125,6 +140,13 @@ QStringList fileNames(const QVector<RepathLink>& links)
 
 } // namespace
 
+RepathMode repathMode(bool sources, bool smarts)
+{
+    if (sources && smarts)
+        return RepathMode::Both;
+    return smarts ? RepathMode::SmartsOnly : RepathMode::SourcesOnly;
+}
+
 void buildFileIndex(RepathFileIndex& index, const QString& newDir, RepathProgress* progress)
 {
     RepathTreeWalk walk(newDir);
@@ -146,25 +168,39 @@ void buildFileIndex(RepathFileIndex& index, const QString& newDir, RepathProgres
     }
 }
 
-QString findRepathTarget(const QString& oldPath, const QString& newDir, bool searchSubdirs,
-                         const RepathFileIndex& index)
+RepathChoice chooseRepathTarget(const QString& oldPath, const QString& newDir, bool searchSubdirs,
+                                const RepathFileIndex& index)
 {
     const QString name = QFileInfo(oldPath).fileName();
     if (name.isEmpty())
-        return QString();
+        return {};
     if (!searchSubdirs) {
         const QFileInfo candidate = fileIn(newDir, name);
-        return candidate.exists() ? candidate.absoluteFilePath() : QString();
+        return candidate.exists() ? singleFile(candidate.absoluteFilePath()) : RepathChoice();
     }
     const int count = index.count(name);
     if (count == 0)
-        return QString();
-    if (count > 1) {
-        const QString match = tailMatch(oldPath, newDir, name, index);
-        if (!match.isEmpty())
-            return match;
+        return {};
+    if (count == 1)
+        return singleFile(filePathIn(index.firstDirectory(name), name));
+    RepathChoice choice;
+    for (const QString& folder : index.directories(name))
+        choice.candidates.append(filePathIn(folder, name));
+    choice.path = tailMatch(oldPath, newDir, name, index);
+    if (choice.path.isEmpty()) {
+        choice.path = choice.candidates.first();
+        choice.rule = RepathChoice::Rule::FirstMet;
+    } else {
+        choice.rule = RepathChoice::Rule::LongestTail;
+        choice.tailFolders = tailLength(newDir, choice.path);
     }
-    return filePathIn(index.firstDirectory(name), name);
+    return choice;
+}
+
+QString findRepathTarget(const QString& oldPath, const QString& newDir, bool searchSubdirs,
+                         const RepathFileIndex& index)
+{
+    return chooseRepathTarget(oldPath, newDir, searchSubdirs, index).path;
 }
 
 QVector<RepathLink> repathLinks(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts)
@@ -184,32 +220,35 @@ QVector<RepathLink> repathLinks(const QList<kodReferenceNode>& nodes, bool missi
     return links;
 }
 
-QStringList findRepathTargets(const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
-                              RepathProgress* progress)
+QVector<RepathChoice> findRepathChoices(const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
+                                       RepathProgress* progress)
 {
     // The index keeps only the names asked for.
     RepathFileIndex index(fileNames(links));
     if (searchSubdirs)
         buildFileIndex(index, newDir, progress);
-    QStringList targets;
+    QVector<RepathChoice> choices;
     for (const RepathLink& link : links) {
         if (progress && progress->isCancelled())
             break;
-        targets.append(findRepathTarget(link.oldPath, newDir, searchSubdirs, index));
+        choices.append(chooseRepathTarget(link.oldPath, newDir, searchSubdirs, index));
     }
-    return targets;
+    return choices;
+}
+
+QString plannedRepathPath(const RepathLink& link, const RepathChoice& choice, const QString& newDir)
+{
+    return choice.path.isEmpty() ? filePathIn(newDir, QFileInfo(link.oldPath).fileName()) : choice.path;
 }
 
 void sortRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound, const QVector<RepathLink>& links,
-                       const QStringList& targets, const QString& newDir)
+                       const QVector<RepathChoice>& choices, const QString& newDir)
 {
     for (int i = 0; i < links.size(); ++i) {
         const RepathLink& link = links.at(i);
-        const QString target = targets.value(i);
-        if (target.isEmpty())
-            notFound.append(new RepathEntry{link.node, link.kind, filePathIn(newDir, QFileInfo(link.oldPath).fileName())});
-        else
-            found.append(new RepathEntry{link.node, link.kind, target});
+        const RepathChoice choice = choices.value(i);
+        auto* entry = new RepathEntry{link.node, link.kind, plannedRepathPath(link, choice, newDir)};
+        (choice.path.isEmpty() ? notFound : found).append(entry);
     }
 }
 
@@ -218,7 +257,7 @@ void collectRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFo
                           bool sources, bool smarts, const QString& newDir)
 {
     const QVector<RepathLink> links = repathLinks(nodes, missingOnly, sources, smarts);
-    sortRepathEntries(found, notFound, links, findRepathTargets(links, newDir, searchSubdirs, nullptr), newDir);
+    sortRepathEntries(found, notFound, links, findRepathChoices(links, newDir, searchSubdirs, nullptr), newDir);
 }
 
 void applyRepath(QList<RepathEntry*>& entries, RepathMode mode)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RepathChoice.h"
 #include "RepathEntry.h"
 #include "RepathFileIndex.h"
 #include "RepathLink.h"
@@ -14,6 +15,9 @@
 // How a list of entries is written into the scene.
 enum class RepathMode : qint32 { SourcesOnly = 0, SmartsOnly = 1, Both = 2 };
 
+// SourcesOnly, SmartsOnly or Both, after the links a run is for.
+RepathMode repathMode(bool sources, bool smarts);
+
 // Adds every file below newDir, in the order the walk meets them; with a progress, tells
 // it each folder and file and stops when it is cancelled.
 void buildFileIndex(RepathFileIndex& index, const QString& newDir, RepathProgress* progress = nullptr);
@@ -24,20 +28,26 @@ void buildFileIndex(RepathFileIndex& index, const QString& newDir, RepathProgres
 // Empty when there is none.
 QString findRepathTarget(const QString& oldPath, const QString& newDir, bool searchSubdirs,
                          const RepathFileIndex& index);
+// The same choice with the rule that made it and, when several files had the name, all of them.
+RepathChoice chooseRepathTarget(const QString& oldPath, const QString& newDir, bool searchSubdirs,
+                                const RepathFileIndex& index);
 
 // The links to repath as the scene has them now: all sources, then all smart links, none
 // without a path.
 QVector<RepathLink> repathLinks(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts);
 
-// The file for each link, empty where none was found. Asks the disk only, never the
-// scene, so it may run off the GUI thread; a cancelled progress cuts it short.
-QStringList findRepathTargets(const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
-                              RepathProgress* progress);
+// The choice for each link, with an empty path where none was found. Asks the disk only,
+// never the scene, so it may run off the GUI thread; a cancelled progress cuts it short.
+QVector<RepathChoice> findRepathChoices(const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
+                                        RepathProgress* progress);
+
+// Where the link is to point: the file chosen, else its name directly in newDir.
+QString plannedRepathPath(const RepathLink& link, const RepathChoice& choice, const QString& newDir);
 
 // The planned changes: a link with a target goes to found, one without to notFound,
 // planned to point at its name directly in newDir.
 void sortRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound, const QVector<RepathLink>& links,
-                       const QStringList& targets, const QString& newDir);
+                       const QVector<RepathChoice>& choices, const QString& newDir);
 
 // Plans the repath of the sources, then of the smart links, of the nodes, all at once.
 void collectRepathEntries(QList<RepathEntry*>& found, QList<RepathEntry*>& notFound,

@@ -15,7 +15,7 @@ constexpr int reportEveryMs = 100;
 } // namespace
 
 bool koRepathSearch::run(QWidget* parent, const QVector<RepathLink>& links, const QString& newDir,
-                         bool searchSubdirs, RepathProgress& progress, QStringList& targets)
+                         bool searchSubdirs, RepathProgress& progress, QVector<RepathChoice>& choices)
 {
     QProgressDialog dialog(tr("Looking for the files..."), tr("Cancel"), 0, 0, parent);
     dialog.setWindowTitle(tr("Repath"));
@@ -30,6 +30,6 @@ bool koRepathSearch::run(QWidget* parent, const QVector<RepathLink>& links, cons
     });
     report.start(reportEveryMs);
     koQRPCUtils::the()->callOffGuiThread(
-        [&] { targets = findRepathTargets(links, newDir, searchSubdirs, &progress); });
+        [&] { choices = findRepathChoices(links, newDir, searchSubdirs, &progress); });
     return !progress.isCancelled();
 }

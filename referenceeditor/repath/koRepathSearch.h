@@ -1,10 +1,10 @@
 #pragma once
 
+#include "RepathChoice.h"
 #include "RepathLink.h"
 #include "RepathProgress.h"
 
 #include <QCoreApplication>
-#include <QStringList>
 #include <QVector>
 
 class QWidget;
@@ -16,8 +16,8 @@ class koRepathSearch
 {
     Q_DECLARE_TR_FUNCTIONS(koRepathSearch)
 public:
-    // The file for each link, as findRepathTargets gives them; false when the user
-    // cancelled, and then targets are not to be used.
+    // The choice for each link, as findRepathChoices gives them; false when the user
+    // cancelled, and then the choices are not to be used.
     static bool run(QWidget* parent, const QVector<RepathLink>& links, const QString& newDir, bool searchSubdirs,
-                    RepathProgress& progress, QStringList& targets);
+                    RepathProgress& progress, QVector<RepathChoice>& choices);
 };

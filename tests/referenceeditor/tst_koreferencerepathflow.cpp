@@ -11,6 +11,7 @@
 #include <kovis/koFileIOService.h>
 #include <kovis/koInternalUiService.h>
 #include <kovis/koKernelServiceFactory.h>
+#include <kovis/koLogService.h>
 #include <kovis/koUndoStack.h>
 
 #include <QDir>
@@ -36,6 +37,8 @@ private slots:
     void dialogStartsFresh();
     void enterAcceptsTheDialog();
     void cancelDuringTheSearchChangesNothing();
+    void ambiguousLinksAreLogged_data();
+    void ambiguousLinksAreLogged();
 
 private:
     QString links() const;
@@ -321,6 +324,55 @@ void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()
     QVERIFY2(label.contains(m_host.path(QStringLiteral("new"))), qPrintable(label));
     QCOMPARE(links(), linksBefore);
     QCOMPARE(reloads.count(), 0);
+}
+
+void tst_koReferenceRepathFlow::ambiguousLinksAreLogged_data()
+{
+    QTest::addColumn<QStringList>("newFiles");
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<bool>("logged");
+
+    const QStringList ambiguous{"new/a/a.obj", "new/x/a.obj", "new/a/a.kpr"};
+    QTest::newRow("applied") << ambiguous + QStringList{"new/b/b.obj"} << "ok" << true;
+    QTest::newRow("summary OK") << ambiguous << "ok" << true;
+    QTest::newRow("summary cancelled") << ambiguous << "cancel" << false;
+    QTest::newRow("dialog cancelled") << ambiguous << "reject" << false;
+}
+
+// One warning per link whose name was found in several folders, once the links are set.
+void tst_koReferenceRepathFlow::ambiguousLinksAreLogged()
+{
+    QFETCH(QStringList, newFiles);
+    QFETCH(QString, answer);
+    QFETCH(bool, logged);
+
+    for (const QString& file : qAsConst(newFiles))
+        m_host.writeFile(file, "o X\n");
+    koService<koLogService>()->clear();
+    koDialogDriver driver;
+    answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, answer != "reject"});
+    if (!newFiles.contains("new/b/b.obj") && answer != "reject") {
+        driver.handleDialog([answer](QDialog* box) {
+            auto* summary = qobject_cast<koReferenceRePathSummaryI*>(box);
+            QVERIFY(summary);
+            (answer == "ok" ? summary->m_okButton : summary->m_cancelButton)->click();
+        });
+    }
+    m_module->repathReferences({koTestHost::findReference("A"), koTestHost::findReference("B")}, true, true);
+    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.pendingSteps(), 0);
+
+    QStringList entries;
+    for (const koLogService::Entry& entry : koService<koLogService>()->entries()) {
+        if (entry.category == "References")
+            entries << QStringLiteral("%1 %2").arg(entry.level).arg(entry.message);
+    }
+    const QString text = QStringLiteral("%1 A (source link): 2 files named a.obj were found; repathed to %2 by longest "
+                                        "tail of 1 folder(s). The others: %3")
+                             .arg(koLogService::Warning)
+                             .arg(QDir::toNativeSeparators(m_host.path("new/a/a.obj")),
+                                  QDir::toNativeSeparators(m_host.path("new/x/a.obj")));
+    QCOMPARE(entries, logged ? QStringList{text} : QStringList());
 }
 
 QTEST_MAIN(tst_koReferenceRepathFlow)

@@ -73,6 +73,8 @@ private slots:
     void findTarget();
     void tailWalk_data();
     void tailWalk();
+    void choiceTellsWhyAndAmongWhich_data();
+    void choiceTellsWhyAndAmongWhich();
     void collect_data();
     void collect();
     void apply_data();
@@ -161,6 +163,41 @@ void tst_koRepathEngine::tailWalk()
     for (const QString& folder : folders)
         index.insert(QStringLiteral("f"), folder);
     QCOMPARE(findRepathTarget(oldPath, newDir, true, index), expected);
+}
+
+void tst_koRepathEngine::choiceTellsWhyAndAmongWhich_data()
+{
+    // folders holding a file "f", in the order the walk met them
+    QTest::addColumn<QStringList>("folders");
+    QTest::addColumn<QString>("oldPath");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QStringList>("candidates");
+
+    QTest::newRow("nothing") << QStringList() << "/x/f" << "not found 0 " << QStringList();
+    QTest::newRow("one file") << QStringList{"/n/p"} << "/x/q/f" << "single file 0 /n/p/f" << QStringList();
+    QTest::newRow("tail of two") << QStringList{"/n/a", "/n/b/a", "/n/c"} << "/x/b/a/f" << "longest tail 2 /n/b/a/f"
+                                 << QStringList{"/n/a/f", "/n/b/a/f", "/n/c/f"};
+    QTest::newRow("tail of one") << QStringList{"/n/q/a", "/n/a"} << "/x/b/a/f" << "longest tail 1 /n/a/f"
+                                 << QStringList{"/n/q/a/f", "/n/a/f"};
+    QTest::newRow("first met") << QStringList{"/n/q", "/n", "/n/p"} << "/x/z/f" << "first met 0 /n/q/f"
+                               << QStringList{"/n/q/f", "/n/f", "/n/p/f"};
+}
+
+void tst_koRepathEngine::choiceTellsWhyAndAmongWhich()
+{
+    QFETCH(QStringList, folders);
+    QFETCH(QString, oldPath);
+    QFETCH(QString, expected);
+    QFETCH(QStringList, candidates);
+
+    RepathFileIndex index;
+    for (const QString& folder : folders)
+        index.insert(QStringLiteral("f"), folder);
+    const RepathChoice choice = chooseRepathTarget(oldPath, QStringLiteral("/n"), true, index);
+    const char* const rules[] = {"not found", "single file", "longest tail", "first met"};
+    QCOMPARE(QStringLiteral("%1 %2 %3").arg(rules[int(choice.rule)]).arg(choice.tailFolders).arg(choice.path), expected);
+    QCOMPARE(choice.candidates, candidates);
+    QCOMPARE(choice.path, findRepathTarget(oldPath, QStringLiteral("/n"), true, index));
 }
 
 void tst_koRepathEngine::collect_data()

@@ -25,9 +25,12 @@ void koReferenceLoading::load(quint64 id)
     const koReferenceContent links = m_engine.linksOf(id);
     if (!m_engine.store()->contentOfNode(id) || links.loaded)
         return;
-    if (links.hasSmart)
+    if (links.hasSmart) {
         loadSmart(id);
-    else if (!restoreParked(id) && links.hasSource)
+        return;
+    }
+    koScopedMultiCommand step(koUndoString("koReferenceLoading", tr("Load Reference")));
+    if (!restoreParked(id) && links.hasSource)
         importSource(id);
 }
 

@@ -1,6 +1,7 @@
 #include "koReferenceReport.h"
 
 #include "koNodeInformation.h"
+#include "koReferenceJson.h"
 
 #include <kovis/koFileIOService.h>
 #include <kovis/koFileStateText.h>
@@ -8,13 +9,24 @@
 #include <kovis/koLogService.h>
 #include <kovis/koReferenceService.h>
 
-#include <QDir>
 #include <QFileInfo>
+#include <QJsonDocument>
 
 namespace {
 
-// Keeps one reference on one line and the fields apart, whatever the names hold.
-QString escaped(QString text)
+int missingLinks(const QList<kodReferenceNode>& references)
+{
+    int missing = 0;
+    for (const kodReferenceNode& reference : references) {
+        missing += (reference.getSmartFileState() == koReferenceTypes::Missing)
+                   + (reference.getSourceFileState() == koReferenceTypes::Missing);
+    }
+    return missing;
+}
+
+} // namespace
+
+QString koReferenceReport::escaped(QString text)
 {
     return text.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
         .replace(QLatin1Char('\t'), QLatin1String("\\t"))
@@ -22,7 +34,7 @@ QString escaped(QString text)
         .replace(QLatin1Char('\r'), QLatin1String("\\r"));
 }
 
-QString shownPath(const QString& path, const QDir& projectFolder)
+QString koReferenceReport::shownPath(const QString& path, const QDir& projectFolder)
 {
     if (path.isEmpty())
         return QStringLiteral("-");
@@ -30,37 +42,60 @@ QString shownPath(const QString& path, const QDir& projectFolder)
     return escaped(QDir::toNativeSeparators(relative.startsWith(QLatin1String("..")) ? path : relative));
 }
 
-} // namespace
-
-int koReferenceReport::run(const QString& project, bool check, QTextStream& out, QTextStream& err)
+bool koReferenceReport::loadProject(const QString& project, QTextStream& err)
 {
-    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
-    auto* log = koKernelServiceFactory::the()->getServiceOrNull<koLogService>();
-    if (!fileIO->loadProject(project)) {
-        err << tr("Cannot open the project: %1").arg(log->lastMessage()) << '\n';
-        return ProjectUnreadable;
-    }
-    QList<kodReferenceNode> references =
-        koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->getSceneReferences();
+    if (koService<koFileIOService>()->loadProject(project))
+        return true;
+    err << tr("Cannot open the project: %1").arg(koService<koLogService>()->lastMessage()) << '\n';
+    return false;
+}
+
+QList<kodReferenceNode> koReferenceReport::references()
+{
+    QList<kodReferenceNode> references = koService<koReferenceService>()->getSceneReferences();
     references.removeFirst();
-    const QDir folder = QFileInfo(fileIO->getProjectPath()).dir();
+    return references;
+}
+
+QDir koReferenceReport::projectFolder()
+{
+    return QFileInfo(koService<koFileIOService>()->getProjectPath()).dir();
+}
+
+void koReferenceReport::writeText(const QList<kodReferenceNode>& references, QTextStream& out)
+{
+    const QDir folder = projectFolder();
     out << tr("Reference\tSmart file\tSmart state\tSource file\tSource state") << '\n';
-    int missing = 0;
     for (const kodReferenceNode& reference : references) {
-        const auto smartState = reference.getSmartFileState();
-        const auto sourceState = reference.getSourceFileState();
-        missing += (smartState == koReferenceTypes::Missing) + (sourceState == koReferenceTypes::Missing);
-        out << escaped(koNodeInformation::scenePath(reference)) << '\t' << shownPath(reference.getSmartPath(), folder) << '\t'
-            << koFileStateText::state(smartState, QStringLiteral("-")) << '\t' << shownPath(reference.getSourcePath(), folder) << '\t'
-            << koFileStateText::state(sourceState, QStringLiteral("-")) << '\n';
+        out << escaped(koNodeInformation::scenePath(reference)) << '\t' << shownPath(reference.getSmartPath(), folder)
+            << '\t' << koFileStateText::state(reference.getSmartFileState(), QStringLiteral("-")) << '\t'
+            << shownPath(reference.getSourcePath(), folder) << '\t'
+            << koFileStateText::state(reference.getSourceFileState(), QStringLiteral("-")) << '\n';
+    }
+}
+
+int koReferenceReport::run(const QString& project, bool check, koHostCommandLine::Format format, QTextStream& out,
+                           QTextStream& err)
+{
+    if (!loadProject(project, err))
+        return koHostCommandLine::BadInput;
+    const QList<kodReferenceNode> references = koReferenceReport::references();
+    const int missing = missingLinks(references);
+    if (format == koHostCommandLine::Format::Json) {
+        const QJsonObject report{{QStringLiteral("project"), koReferenceJson::path(koService<koFileIOService>()->getProjectPath())},
+                                 {QStringLiteral("references"), koReferenceJson::references(references)},
+                                 {QStringLiteral("missingLinks"), missing}};
+        out << QJsonDocument(report).toJson();
+    } else {
+        writeText(references, out);
     }
     out.flush();
     if (!check)
-        return AllFound;
+        return koHostCommandLine::AllFound;
     if (missing > 0) {
         err << tr("%n link(s) missing", nullptr, missing) << '\n';
-        return LinksMissing;
+        return koHostCommandLine::LinksMissing;
     }
     err << tr("All %n reference(s) found", nullptr, references.size()) << '\n';
-    return AllFound;
+    return koHostCommandLine::AllFound;
 }

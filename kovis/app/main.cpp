@@ -1,6 +1,7 @@
 #include "koHostCommandLine.h"
 #include "koHostSession.h"
 #include "koReferenceReport.h"
+#include "koRepathCommand.h"
 
 #include <kovis/koHost.h>
 
@@ -27,15 +28,24 @@ QStringList argumentsOf(int argc, char** argv)
     return arguments;
 }
 
-int runReport(int argc, char** argv)
+int runCommand(const koHostCommandLine& commandLine)
+{
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    if (commandLine.mode == koHostCommandLine::Mode::Repath)
+        return koRepathCommand::run(commandLine.project, commandLine.repath, commandLine.format, out, err);
+    return koReferenceReport::run(commandLine.project, commandLine.mode == koHostCommandLine::Mode::Check,
+                                  commandLine.format, out, err);
+}
+
+int runWithoutWindow(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     koHostCommandLine commandLine;
-    commandLine.parse(application);
+    if (!commandLine.parse(application.arguments()))
+        return commandLine.answer();
     koHost::initialize();
-    QTextStream out(stdout);
-    QTextStream err(stderr);
-    const int code = koReferenceReport::run(commandLine.project, commandLine.mode == koHostCommandLine::Mode::Check, out, err);
+    const int code = runCommand(commandLine);
     koHost::shutdown();
     return code;
 }
@@ -45,7 +55,8 @@ int runWindow(int argc, char** argv)
     useOffscreenWithoutDisplay();
     QApplication application(argc, argv);
     koHostCommandLine commandLine;
-    commandLine.parse(application);
+    if (!commandLine.parse(application.arguments()))
+        return commandLine.answer();
     koHostSession session;
     session.loadPlugins(koPluginLoader::pluginFolder());
     koMainWindow& window = session.window();
@@ -69,6 +80,6 @@ int main(int argc, char** argv)
     QCoreApplication::setOrganizationName(QStringLiteral("Kovis"));
     QCoreApplication::setApplicationName(QStringLiteral("kovis-host"));
     if (!koHostCommandLine::wantsWindow(argumentsOf(argc, argv)))
-        return runReport(argc, argv);
+        return runWithoutWindow(argc, argv);
     return runWindow(argc, argv);
 }

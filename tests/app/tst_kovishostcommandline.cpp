@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -20,9 +21,16 @@ private slots:
     void listingNamesEveryReference();
     void listingKeepsOneReferencePerLine();
     void screenshotIsWritten();
+    void badArguments_data();
+    void badArguments();
+    void repath_data();
+    void repath();
+    void jsonOutput_data();
+    void jsonOutput();
 
 private:
     static QString copyDemo(const QTemporaryDir& folder);
+    static QString makeMovedProject(const QTemporaryDir& folder, const QStringList& newFiles);
 };
 
 namespace {
@@ -88,12 +96,60 @@ void copyFolder(const QString& from, const QString& to)
     }
 }
 
+QByteArray projectJson(const QString& rootName, const QJsonArray& children)
+{
+    const QJsonObject root{{"type", "group"}, {"name", rootName}, {"children", children}};
+    return QJsonDocument(QJsonObject{{"format", "kovis-project"}, {"version", 1}, {"root", root}}).toJson();
+}
+
+QJsonObject referenceJson(const QString& name, const QString& smart, const QString& source)
+{
+    QJsonObject reference{{"type", "reference"}, {"name", name}};
+    if (!smart.isEmpty())
+        reference.insert("smart", smart);
+    if (!source.isEmpty())
+        reference.insert("source", source);
+    return reference;
+}
+
+QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The lines of a report with the test's folder taken out of the paths.
+QStringList reportLines(const Run& run, const QTemporaryDir& folder)
+{
+    QString out = run.out;
+    return out.replace(folder.path() + QLatin1Char('/'), QString()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
 } // namespace
 
 QString tst_kovisHostCommandLine::copyDemo(const QTemporaryDir& folder)
 {
     copyFolder(QFileInfo(QStringLiteral(KOVIS_DEMO_PROJECT)).path(), folder.path());
     return folder.filePath(QStringLiteral("bicycle.kpr"));
+}
+
+// A project whose files moved from old/ to new/: A and B link there directly, C is a
+// sub-reference in the project's folder whose own reference D links there too.
+QString tst_kovisHostCommandLine::makeMovedProject(const QTemporaryDir& folder, const QStringList& newFiles)
+{
+    const QString old = folder.filePath(QStringLiteral("old/"));
+    const QJsonArray references{referenceJson("A", QString(), old + "a/a.obj"),
+                                referenceJson("B", old + "parts/b/b.kpr", old + "parts/b/b.obj"),
+                                referenceJson("C", "c.kpr", QString())};
+    QDir().mkpath(folder.filePath(QStringLiteral("proj")));
+    writeFile(folder.filePath(QStringLiteral("proj/c.kpr")), projectJson("C", {referenceJson("D", QString(), old + "d/d.obj")}));
+    for (const QString& file : newFiles) {
+        QDir().mkpath(QFileInfo(folder.filePath(file)).path());
+        writeFile(folder.filePath(file), file.endsWith(".kpr") ? projectJson("B", {}) : QByteArray("v 0 0 0\nv 1 0 0\nv 0 1 0\no X\nf 1 2 3\n"));
+    }
+    const QString project = folder.filePath(QStringLiteral("proj/scene.kpr"));
+    writeFile(project, projectJson("Root", references));
+    return project;
 }
 
 void tst_kovisHostCommandLine::checkExitCodes_data()
@@ -169,6 +225,174 @@ void tst_kovisHostCommandLine::screenshotIsWritten()
     QImage image(picture);
     QVERIFY(!image.isNull());
     QVERIFY(image.width() >= 800);
+}
+
+void tst_kovisHostCommandLine::badArguments_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("unknown option") << QStringList{"--frobnicate"} << "Unknown option 'frobnicate'";
+    QTest::newRow("two commands") << QStringList{"--check", "p.kpr", "--repath", "new"} << "--check, --repath cannot go together";
+    QTest::newRow("write without repath") << QStringList{"--write", "--check", "p.kpr"} << "--write goes with --repath only";
+    QTest::newRow("sources and smarts") << QStringList{"--repath", "new", "--sources", "--smarts", "p.kpr"} << "not both";
+    QTest::newRow("unknown format") << QStringList{"--list-references", "p.kpr", "--format", "xml"} << "Unknown format: xml";
+    QTest::newRow("format without a command") << QStringList{"--format", "json"} << "--format goes with";
+    QTest::newRow("repath without project") << QStringList{"--repath", "new"} << "--repath needs the folder and one project";
+    QTest::newRow("repath to no folder") << QStringList{"--repath", "no/such/folder", "p.kpr"} << "Not a folder: no/such/folder";
+}
+
+void tst_kovisHostCommandLine::badArguments()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+
+    const Run run = runHost(arguments);
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.err.contains(message), qPrintable(run.err));
+    QVERIFY(run.out.isEmpty());
+}
+
+void tst_kovisHostCommandLine::repath_data()
+{
+    QTest::addColumn<QStringList>("newFiles");
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QStringList>("plan");
+
+    const QStringList all{"new/a/a.obj", "new/parts/b/b.obj", "new/parts/b/b.kpr", "new/d/d.obj"};
+    const QString header = "Reference\tLink\tOld path\tNew path\tResult\tChosen by\tOther candidates";
+    const QString aFound = "Root/A\tsource\told/a/a.obj\tnew/a/a.obj\tFound\tsingle file";
+    const QString bSource = "Root/B\tsource\told/parts/b/b.obj\tnew/parts/b/b.obj\tFound\tsingle file";
+    const QString dFound = "Root/C/D\tsource\told/d/d.obj\tnew/d/d.obj\tFound\tsingle file";
+    const QString bSmart = "Root/B\tsmart\told/parts/b/b.kpr\tnew/parts/b/b.kpr\tFound\tsingle file";
+
+    const QStringList missing{"--missing-only"};
+    QTest::newRow("all found") << all << missing << 0 << QStringList{header, aFound, bSource, dFound, bSmart};
+    QTest::newRow("ambiguous: longest tail, others named")
+        << all + QStringList{"new/b/b.obj", "new/x/y/b.obj"} << missing << 0
+        << QStringList{header, aFound,
+                       "Root/B\tsource\told/parts/b/b.obj\tnew/parts/b/b.obj\tAmbiguous\tlongest tail of 2 folder(s)\t"
+                       "new/b/b.obj\tnew/x/y/b.obj",
+                       dFound, bSmart};
+    QTest::newRow("ambiguous: first met") << QStringList{"new/p/a.obj", "new/q/a.obj"} << QStringList{"--sources"} << 1
+                                          << QStringList{header, "FIRST", "Root/B\tsource\told/parts/b/b.obj\tnew/b.obj\tNot found\t-",
+                                                         "Root/C/D\tsource\told/d/d.obj\tnew/d.obj\tNot found\t-"};
+    QTest::newRow("not found: planned in the folder")
+        << QStringList{"new/parts/b/b.obj", "new/parts/b/b.kpr", "new/d/d.obj"} << missing << 1
+        << QStringList{header, "Root/A\tsource\told/a/a.obj\tnew/a.obj\tNot found\t-", bSource, dFound, bSmart};
+    QTest::newRow("no sub-folders") << all + QStringList{"new/b.kpr"} << QStringList{"--no-subdirs", "--smarts"} << 1
+                                    << QStringList{header, "Root/B\tsmart\told/parts/b/b.kpr\tnew/b.kpr\tFound\tsingle file",
+                                                   "Root/C\tsmart\tc.kpr\tnew/c.kpr\tNot found\t-"};
+    QTest::newRow("every link, not only the missing ones")
+        << all + QStringList{"old/a/a.obj"} << QStringList() << 1
+        << QStringList{header, aFound, bSource, dFound, bSmart, "Root/C\tsmart\tc.kpr\tnew/c.kpr\tNot found\t-"};
+    QTest::newRow("missing only skips files that are there")
+        << all + QStringList{"old/a/a.obj", "old/d/d.obj"} << missing << 0 << QStringList{header, bSource, bSmart};
+}
+
+void tst_kovisHostCommandLine::repath()
+{
+    QFETCH(QStringList, newFiles);
+    QFETCH(QStringList, options);
+    QFETCH(int, exitCode);
+    QFETCH(QStringList, plan);
+
+    QTemporaryDir folder;
+    const QString project = makeMovedProject(folder, newFiles);
+    const QByteArray projectBefore = readAll(project);
+    const QByteArray subBefore = readAll(folder.filePath(QStringLiteral("proj/c.kpr")));
+    const QStringList arguments = QStringList{"--repath", folder.filePath("new")} + options + QStringList{project};
+
+    const Run dryRun = runHost(arguments);
+    QCOMPARE(dryRun.exitCode, exitCode);
+    const QStringList lines = reportLines(dryRun, folder);
+    // The file met first depends on the order the file system lists the folder.
+    if (plan.contains("FIRST")) {
+        const QString first = lines.value(1).section(QLatin1Char('\t'), 3, 3);
+        const QString other = first == "new/p/a.obj" ? "new/q/a.obj" : "new/p/a.obj";
+        QVERIFY2(first == "new/p/a.obj" || first == "new/q/a.obj", qPrintable(first));
+        plan.replace(1, "Root/A\tsource\told/a/a.obj\t" + first + "\tAmbiguous\tfirst of 2 files met\t" + other);
+    }
+    QCOMPARE(lines, plan);
+    QCOMPARE(readAll(project), projectBefore);
+    QCOMPARE(readAll(folder.filePath(QStringLiteral("proj/c.kpr"))), subBefore);
+
+    const Run written = runHost(QStringList{"--write"} + arguments);
+    QCOMPARE(written.exitCode, exitCode);
+    QCOMPARE(reportLines(written, folder), plan);
+    const bool anyFound = !plan.filter(QRegularExpression("\t(Found|Ambiguous)\t")).isEmpty();
+    QCOMPARE(written.err.contains("Project saved"), anyFound);
+    // Links found stay found when the project is opened again: nothing left to repath.
+    const Run again = runHost(arguments);
+    QCOMPARE(again.exitCode, exitCode);
+    for (const QString& line : reportLines(again, folder).mid(1))
+        QVERIFY2(line.contains("\tNot found\t") || line.section('\t', 2, 2) == line.section('\t', 3, 3), qPrintable(line));
+}
+
+void tst_kovisHostCommandLine::jsonOutput_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    // scene path, smart state, source state of each reference
+    QTest::addColumn<QStringList>("references");
+    // reference, link, found, rule, tail, others of each link
+    QTest::addColumn<QStringList>("links");
+
+    const QStringList before{"Root/A - missing", "Root/B missing missing", "Root/C up-to-date -", "Root/C/D - missing"};
+    QTest::newRow("list") << QStringList{"--list-references", "PROJECT"} << 0 << before << QStringList();
+    QTest::newRow("check") << QStringList{"--check", "PROJECT"} << 1 << before << QStringList();
+    QTest::newRow("repath")
+        << QStringList{"--repath", "NEW", "PROJECT"} << 1 << before
+        << QStringList{"Root/A source false not-found 0 -", "Root/B source true longest-tail 2 new/b/b.obj",
+                       "Root/C/D source true single-file 0 -", "Root/B smart false not-found 0 -",
+                       "Root/C smart false not-found 0 -"};
+    QTest::newRow("repath and write")
+        << QStringList{"--write", "--repath", "NEW", "PROJECT"} << 1
+        << QStringList{"Root/A - missing", "Root/B missing up-to-date", "Root/C up-to-date -", "Root/C/D - up-to-date"}
+        << QStringList{"Root/A source false not-found 0 -", "Root/B source true longest-tail 2 new/b/b.obj",
+                       "Root/C/D source true single-file 0 -", "Root/B smart false not-found 0 -",
+                       "Root/C smart false not-found 0 -"};
+}
+
+void tst_kovisHostCommandLine::jsonOutput()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QStringList, references);
+    QFETCH(QStringList, links);
+
+    QTemporaryDir folder;
+    const QString project = makeMovedProject(folder, {"new/parts/b/b.obj", "new/b/b.obj", "new/d/d.obj"});
+    arguments.replaceInStrings("NEW", folder.filePath("new"));
+    arguments.replaceInStrings("PROJECT", project);
+    const Run run = runHost(arguments + QStringList{"--format", "json"});
+    QCOMPARE(run.exitCode, exitCode);
+    QJsonParseError error;
+    const QJsonObject report = QJsonDocument::fromJson(run.out.toUtf8(), &error).object();
+    QVERIFY2(error.error == QJsonParseError::NoError, qPrintable(error.errorString() + run.out));
+
+    const QString prefix = folder.path() + QLatin1Char('/');
+    const auto state = [](const QJsonValue& link) { return link.isNull() ? QStringLiteral("-") : link["state"].toString(); };
+    QStringList shownReferences;
+    for (const QJsonValue reference : report["references"].toArray())
+        shownReferences << reference["scenePath"].toString() + ' ' + state(reference["smart"]) + ' ' + state(reference["source"]);
+    QCOMPARE(shownReferences, references);
+    QStringList shownLinks;
+    for (const QJsonValue link : report["links"].toArray()) {
+        QStringList others;
+        for (const QJsonValue other : link["otherCandidates"].toArray())
+            others << other.toString().remove(prefix);
+        shownLinks << QStringList{link["reference"].toString(), link["link"].toString(),
+                                  link["found"].toBool() ? "true" : "false", link["chosenBy"].toString(),
+                                  QString::number(link["tailFolders"].toInt()), others.isEmpty() ? "-" : others.join(',')}
+                          .join(' ');
+        const QString expectedNew = link["found"].toBool() ? link["newPath"].toString()
+                                                           : prefix + "new/" + QFileInfo(link["oldPath"].toString()).fileName();
+        QCOMPARE(link["newPath"].toString(), expectedNew);
+    }
+    QCOMPARE(shownLinks, links);
+    QCOMPARE(report["written"].toBool(), arguments.contains("--write"));
 }
 
 QTEST_MAIN(tst_kovisHostCommandLine)

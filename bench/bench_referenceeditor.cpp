@@ -1,3 +1,4 @@
+#include "koBenchScene.h"
 #include "koReferenceEditorModule.h"
 #include "koReferenceFilterModel.h"
 #include "koReferenceModelItem.h"
@@ -26,8 +27,6 @@
 // window built the plain Qt way in the same run.
 namespace {
 
-constexpr int assemblies = 100;
-constexpr int subAssemblies = 10;
 constexpr int runs = 7;
 
 double median(std::vector<double> values)
@@ -63,33 +62,6 @@ void settle()
 {
     for (int turn = 0; turn < 3; ++turn)
         QCoreApplication::processEvents();
-}
-
-QString writeScene(const koTestHost& host, int parts)
-{
-    QDir().mkpath(host.path(QStringLiteral("parts")));
-    QJsonArray top;
-    for (int a = 0; a < assemblies; ++a) {
-        QJsonArray middle;
-        for (int b = 0; b < subAssemblies; ++b) {
-            QJsonArray leaves;
-            for (int c = 0; c < parts; ++c) {
-                const QString file = QStringLiteral("parts/part_%1_%2_%3").arg(a).arg(b).arg(c);
-                QFile(host.path(file + QStringLiteral(".kpr"))).open(QIODevice::WriteOnly);
-                QFile(host.path(file + QStringLiteral(".obj"))).open(QIODevice::WriteOnly);
-                leaves.append(koTestHost::reference(QStringLiteral("Part %1.%2.%3").arg(a).arg(b).arg(c),
-                                                    file + QStringLiteral(".kpr"), file + QStringLiteral(".obj"),
-                                                    {{"loaded", false}}));
-            }
-            QJsonObject sub = koTestHost::reference(QStringLiteral("Sub %1.%2").arg(a).arg(b), QString(), QString());
-            sub.insert(QStringLiteral("children"), leaves);
-            middle.append(sub);
-        }
-        QJsonObject assembly = koTestHost::reference(QStringLiteral("Assembly %1").arg(a), QString(), QString());
-        assembly.insert(QStringLiteral("children"), middle);
-        top.append(assembly);
-    }
-    return host.writeProject(QStringLiteral("plant.kpr"), top);
 }
 
 // The baseline: every text of a row made up front into a QStandardItem.
@@ -167,7 +139,7 @@ int main(int argc, char** argv)
     // --parts N puts N parts in each sub-assembly (100 by default), for profiling.
     const int partsAt = application.arguments().indexOf(QStringLiteral("--parts"));
     const int parts = partsAt > 0 ? application.arguments().value(partsAt + 1).toInt() : 100;
-    const QString project = writeScene(host, parts);
+    const QString project = koBenchScene::write(host, parts);
     QElapsedTimer loading;
     loading.start();
     koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project);

@@ -8,7 +8,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QtEndian>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -170,6 +172,72 @@ bool readDate(const QJsonObject& object, const char* key, QDateTime& date, Parse
     return true;
 }
 
+// Little-endian 32-bit values, whatever the machine.
+template<typename T>
+QByteArray packed(const T* values, int count)
+{
+    QByteArray bytes(count * 4, Qt::Uninitialized);
+    for (int i = 0; i < count; ++i)
+        qToLittleEndian(values[i], bytes.data() + 4 * i);
+    return bytes;
+}
+
+template<typename T>
+QVector<T> unpacked(const QByteArray& bytes)
+{
+    QVector<T> values(bytes.size() / 4);
+    for (int i = 0; i < values.size(); ++i)
+        values[i] = qFromLittleEndian<T>(bytes.constData() + 4 * i);
+    return values;
+}
+
+bool readBase64(const QJsonObject& object, const char* key, int itemSize, QByteArray& bytes, ParseContext& context)
+{
+    const QJsonValue entry = object.value(QLatin1String(key));
+    const auto decoded = QByteArray::fromBase64Encoding(entry.toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    if (!entry.isString() || !decoded || decoded.decoded.size() % itemSize != 0)
+        return context.fail(tr("\"mesh\" needs \"%1\" in base 64, %2 bytes an item").arg(QLatin1String(key)).arg(itemSize));
+    bytes = decoded.decoded;
+    return true;
+}
+
+bool readMesh(const QJsonObject& object, koSceneNodeDesc& node, ParseContext& context)
+{
+    const QJsonValue entry = object.value(QLatin1String("mesh"));
+    if (entry.isUndefined())
+        return true;
+    QByteArray positions;
+    QByteArray triangles;
+    if (node.type != koNodeType::Geometry || !entry.isObject())
+        return context.fail(tr("\"mesh\" must be an object of a geometry node"));
+    if (!readBase64(entry.toObject(), "positions", 12, positions, context)
+        || !readBase64(entry.toObject(), "triangles", 12, triangles, context)) {
+        return false;
+    }
+    auto mesh = std::make_shared<koMesh>();
+    const QVector<float> coordinates = unpacked<float>(positions);
+    mesh->positions.resize(coordinates.size() / 3);
+    std::memcpy(static_cast<void*>(mesh->positions.data()), coordinates.constData(), size_t(positions.size()));
+    mesh->triangles = unpacked<quint32>(triangles);
+    const quint32 vertexCount = quint32(mesh->positions.size());
+    if (std::any_of(mesh->triangles.cbegin(), mesh->triangles.cend(), [&](quint32 index) { return index >= vertexCount; }))
+        return context.fail(tr("\"mesh\" has a triangle corner past its %1 positions").arg(vertexCount));
+    node.mesh = std::move(mesh);
+    return true;
+}
+
+QJsonObject meshObject(const koMesh& mesh)
+{
+    static_assert(sizeof(QVector3D) == 3 * sizeof(float), "QVector3D holds three floats");
+    const auto* coordinates = reinterpret_cast<const float*>(mesh.positions.constData());
+    QJsonObject object;
+    object.insert(QStringLiteral("positions"),
+                  QString::fromLatin1(packed(coordinates, 3 * mesh.positions.size()).toBase64()));
+    object.insert(QStringLiteral("triangles"),
+                  QString::fromLatin1(packed(mesh.triangles.constData(), mesh.triangles.size()).toBase64()));
+    return object;
+}
+
 bool readNode(const QJsonValue& value, koSceneNodeDesc& node, int depth, ParseContext& context);
 
 bool readChildren(const QJsonObject& object, koSceneNodeDesc& node, int depth, ParseContext& context)
@@ -241,7 +309,8 @@ bool readNode(const QJsonValue& value, koSceneNodeDesc& node, int depth, ParseCo
     if (!readBool(object, "visible", node.visible, context) || !readBool(object, "locked", node.locked, context)
         || !readTransform(object, node.transform, context)
         || !readString(object, "instance", node.instance, context, false)
-        || !readCount(object, "vertices", node.vertices, context) || !readCount(object, "faces", node.faces, context)) {
+        || !readCount(object, "vertices", node.vertices, context) || !readCount(object, "faces", node.faces, context)
+        || !readMesh(object, node, context)) {
         return false;
     }
     if (node.type == koNodeType::Reference && !readReference(object, node, context))
@@ -289,6 +358,8 @@ QJsonObject writeNode(const koSceneNodeDesc& node, const WriteContext& context)
     if (node.type == koNodeType::Geometry) {
         object.insert(QStringLiteral("vertices"), qint64(node.vertices));
         object.insert(QStringLiteral("faces"), qint64(node.faces));
+        if (node.mesh)
+            object.insert(QStringLiteral("mesh"), meshObject(*node.mesh));
     }
     if (node.type == koNodeType::Reference) {
         const koReferenceContent& reference = node.reference;

@@ -213,6 +213,18 @@ void tst_koProjectFile::badProjectLoadsNothing_data()
         << project("{\"type\": \"group\", \"name\": \"r\", \"transform\": [1e39, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, "
                    "0, 0, 0, 1]}")
         << "\"transform\" holds 1e+39";
+    // One position (12 bytes, base 64 "AAAA..."), and a triangle that points past it.
+    const QByteArray onePosition = "\"positions\": \"AAAAAAAAAAAAAAAA\"";
+    const auto geometry = [](const QByteArray& mesh) {
+        return project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"geometry\", "
+                       "\"name\": \"g\", \"mesh\": {" + mesh + "}}]}");
+    };
+    QTest::newRow("mesh corner past its positions")
+        << geometry(onePosition + ", \"triangles\": \"AAAAAAAAAAABAAAA\"") << "triangle corner past its 1 positions";
+    QTest::newRow("mesh positions cut short") << geometry("\"positions\": \"AAAA\", \"triangles\": \"\"")
+                                              << "\"positions\" in base 64, 12 bytes an item";
+    QTest::newRow("mesh triangles not base 64") << geometry(onePosition + ", \"triangles\": \"*\"")
+                                                << "\"triangles\" in base 64";
 }
 
 void tst_koProjectFile::badProjectLoadsNothing()
@@ -371,6 +383,12 @@ void tst_koProjectFile::awkwardValuesSurviveSaving_data()
     counted.type = koNodeType::Geometry;
     counted.vertices = 4294967295u;
     counted.instance = QStringLiteral("tag\t\"<&>\"");
+    koSceneNodeDesc meshed = named(QStringLiteral("meshed"));
+    meshed.type = koNodeType::Geometry;
+    auto mesh = std::make_shared<koMesh>();
+    mesh->positions = {QVector3D(-0.0f, std::numeric_limits<float>::max(), 1e-45f), QVector3D(1, 2, 3), QVector3D(0, 0, -1)};
+    mesh->triangles = {2, 1, 0};
+    meshed.mesh = mesh;
     koSceneNodeDesc unsaved = referenceNode(QStringLiteral("new"), QStringLiteral(""));
     unsaved.reference.smartUnsaved = true;
 
@@ -385,6 +403,7 @@ void tst_koProjectFile::awkwardValuesSurviveSaving_data()
     QTest::newRow("date east of UTC in year 1") << imported(QStringLiteral("0001-01-01T00:00:00.000+14:00"));
     QTest::newRow("date in UTC") << imported(QStringLiteral("2024-02-29T12:30:00.250Z"));
     QTest::newRow("unsaved smart link") << unsaved;
+    QTest::newRow("mesh") << meshed;
 }
 
 void tst_koProjectFile::awkwardValuesSurviveSaving()

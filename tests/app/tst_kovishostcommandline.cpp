@@ -1,3 +1,5 @@
+#include "koTestHost.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -96,28 +98,6 @@ void copyFolder(const QString& from, const QString& to)
     }
 }
 
-QByteArray projectJson(const QString& rootName, const QJsonArray& children)
-{
-    const QJsonObject root{{"type", "group"}, {"name", rootName}, {"children", children}};
-    return QJsonDocument(QJsonObject{{"format", "kovis-project"}, {"version", 1}, {"root", root}}).toJson();
-}
-
-QJsonObject referenceJson(const QString& name, const QString& smart, const QString& source)
-{
-    QJsonObject reference{{"type", "reference"}, {"name", name}};
-    if (!smart.isEmpty())
-        reference.insert("smart", smart);
-    if (!source.isEmpty())
-        reference.insert("source", source);
-    return reference;
-}
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // The lines of a report with the test's folder taken out of the paths.
 QStringList reportLines(const Run& run, const QTemporaryDir& folder)
 {
@@ -138,17 +118,17 @@ QString tst_kovisHostCommandLine::copyDemo(const QTemporaryDir& folder)
 QString tst_kovisHostCommandLine::makeMovedProject(const QTemporaryDir& folder, const QStringList& newFiles)
 {
     const QString old = folder.filePath(QStringLiteral("old/"));
-    const QJsonArray references{referenceJson("A", QString(), old + "a/a.obj"),
-                                referenceJson("B", old + "parts/b/b.kpr", old + "parts/b/b.obj"),
-                                referenceJson("C", "c.kpr", QString())};
+    const QJsonArray references{koTestHost::reference("A", QString(), old + "a/a.obj"),
+                                koTestHost::reference("B", old + "parts/b/b.kpr", old + "parts/b/b.obj"),
+                                koTestHost::reference("C", "c.kpr", QString())};
     QDir().mkpath(folder.filePath(QStringLiteral("proj")));
-    writeFile(folder.filePath(QStringLiteral("proj/c.kpr")), projectJson("C", {referenceJson("D", QString(), old + "d/d.obj")}));
+    writeFile(folder.filePath(QStringLiteral("proj/c.kpr")), koTestHost::projectDocument("C", {koTestHost::reference("D", QString(), old + "d/d.obj")}));
     for (const QString& file : newFiles) {
         QDir().mkpath(QFileInfo(folder.filePath(file)).path());
-        writeFile(folder.filePath(file), file.endsWith(".kpr") ? projectJson("B", {}) : QByteArray("v 0 0 0\nv 1 0 0\nv 0 1 0\no X\nf 1 2 3\n"));
+        writeFile(folder.filePath(file), file.endsWith(".kpr") ? koTestHost::projectDocument("B", {}) : QByteArray("v 0 0 0\nv 1 0 0\nv 0 1 0\no X\nf 1 2 3\n"));
     }
     const QString project = folder.filePath(QStringLiteral("proj/scene.kpr"));
-    writeFile(project, projectJson("Root", references));
+    writeFile(project, koTestHost::projectDocument("Root", references));
     return project;
 }
 
@@ -202,14 +182,10 @@ void tst_kovisHostCommandLine::listingNamesEveryReference()
 void tst_kovisHostCommandLine::listingKeepsOneReferencePerLine()
 {
     QTemporaryDir folder;
-    const QJsonObject reference{{"type", "reference"}, {"name", "a\tb\nc\\d\re"}, {"source", "sub\tdir/x.obj"}};
-    const QJsonObject root{{"type", "group"}, {"name", "Root"}, {"children", QJsonArray{reference}}};
-    QFile project(folder.filePath(QStringLiteral("project.kpr")));
-    QVERIFY(project.open(QIODevice::WriteOnly));
-    project.write(QJsonDocument(QJsonObject{{"format", "kovis-project"}, {"version", 1}, {"root", root}}).toJson());
-    project.close();
+    const QString project = folder.filePath(QStringLiteral("project.kpr"));
+    QVERIFY(writeFile(project, koTestHost::projectDocument("Root", {koTestHost::reference("a\tb\nc\\d\re", QString(), "sub\tdir/x.obj")})));
 
-    const Run run = runHost({QStringLiteral("--list-references"), project.fileName()});
+    const Run run = runHost({QStringLiteral("--list-references"), project});
     QCOMPARE(run.exitCode, 0);
     const QStringList lines = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     QCOMPARE(lines.size(), 2);
@@ -300,8 +276,8 @@ void tst_kovisHostCommandLine::repath()
 
     QTemporaryDir folder;
     const QString project = makeMovedProject(folder, newFiles);
-    const QByteArray projectBefore = readAll(project);
-    const QByteArray subBefore = readAll(folder.filePath(QStringLiteral("proj/c.kpr")));
+    const QByteArray projectBefore = koTestHost::readFile(project);
+    const QByteArray subBefore = koTestHost::readFile(folder.filePath(QStringLiteral("proj/c.kpr")));
     const QStringList arguments = QStringList{"--repath", folder.filePath("new")} + options + QStringList{project};
 
     const Run dryRun = runHost(arguments);
@@ -315,8 +291,8 @@ void tst_kovisHostCommandLine::repath()
         plan.replace(1, "Root/A\tsource\told/a/a.obj\t" + first + "\tAmbiguous\tfirst of 2 files met\t" + other);
     }
     QCOMPARE(lines, plan);
-    QCOMPARE(readAll(project), projectBefore);
-    QCOMPARE(readAll(folder.filePath(QStringLiteral("proj/c.kpr"))), subBefore);
+    QCOMPARE(koTestHost::readFile(project), projectBefore);
+    QCOMPARE(koTestHost::readFile(folder.filePath(QStringLiteral("proj/c.kpr"))), subBefore);
 
     const Run written = runHost(QStringList{"--write"} + arguments);
     QCOMPARE(written.exitCode, exitCode);

@@ -2,9 +2,7 @@
 
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koPreferencesService.h>
-#include <kovis/koReferenceService.h>
 
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -16,7 +14,6 @@ private slots:
     void valuesPersistAcrossSessions();
     void changeTracking_data();
     void changeTracking();
-    void appliedCategoryReachesTheReferenceService();
 
 private:
     koTestHost m_host;
@@ -81,27 +78,6 @@ void tst_koPreferences::changeTracking()
     QCOMPARE(preferences.getStringValue(key, QStringLiteral("<absent>")), written.toString());
     preferences.clearChanged(key);
     QVERIFY(!preferences.isChanged(key));
-}
-
-void tst_koPreferences::appliedCategoryReachesTheReferenceService()
-{
-    auto* preferences = koService<koPreferencesService>();
-    auto* references = koService<koReferenceService>();
-    QSignalSpy applied(preferences, &koPreferencesService::categoryApplied);
-    preferences->setIntValue(QStringLiteral("Reference Update Monitoring Interval"), 7, true);
-    preferences->setBoolValue(QStringLiteral("Reference Show Convert to Smart Warning Enabled"), false, true);
-    QCOMPARE(references->getUpdateMonitoringInterval(), 5000);
-
-    preferences->notifyCategoryApplied(QStringLiteral("Other"));
-    QCOMPARE(references->getUpdateMonitoringInterval(), 5000);
-    preferences->notifyCategoryApplied(QStringLiteral("References"));
-    QCOMPARE(applied.count(), 2);
-    QCOMPARE(references->getUpdateMonitoringInterval(), 7000);
-    QVERIFY(!references->showConvertToSmartWarning());
-
-    preferences->setIntValue(QStringLiteral("Reference Update Monitoring Interval"), 5, true);
-    preferences->setBoolValue(QStringLiteral("Reference Show Convert to Smart Warning Enabled"), true, true);
-    preferences->notifyCategoryApplied(QStringLiteral("References"));
 }
 
 QTEST_MAIN(tst_koPreferences)

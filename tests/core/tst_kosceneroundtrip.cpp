@@ -55,12 +55,6 @@ void quietLongWarnings(QtMsgType type, const QMessageLogContext& context, const 
     standardHandler(type, context, message.size() > 1000 ? message.left(200) + QStringLiteral("...") : message);
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // The first line where the texts part, with a few lines around it.
 QString firstDifference(const QByteArray& expected, const QByteArray& actual)
 {
@@ -176,7 +170,7 @@ void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave()
     for (int i = 0; i < 6; ++i)
         nodes.append(randomNode(random, 0));
     const QString folder = QStringLiteral("seed%1/").arg(seed);
-    m_host.writeFile(folder + QStringLiteral("parts/bolt.obj"), readAll(m_host.path(QStringLiteral("parts/bolt.obj"))));
+    m_host.writeFile(folder + QStringLiteral("parts/bolt.obj"), koTestHost::readFile(m_host.path(QStringLiteral("parts/bolt.obj"))));
     m_host.writeProject(folder + QStringLiteral("parts/nut.kpr"), {koTestHost::geometry("Nut")});
     QVERIFY(koService<koFileIOService>()->loadProject(m_host.writeProject(folder + QStringLiteral("start.kpr"), nodes)));
     editRandomly(random, 10);
@@ -190,7 +184,7 @@ void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave()
         QVERIFY2(reference.getSmartFileState() != koReferenceTypes::Unsaved, qPrintable(reference.getName()));
     }
     QVERIFY(koService<koFileIOService>()->saveProject(second));
-    QVERIFY2(readAll(second) == readAll(first), qPrintable(firstDifference(readAll(first), readAll(second))));
+    QVERIFY2(koTestHost::readFile(second) == koTestHost::readFile(first), qPrintable(firstDifference(koTestHost::readFile(first), koTestHost::readFile(second))));
 }
 
 void tst_koSceneRoundTrip::projectMovedWithSiblingFoldersKeepsItsLinks()
@@ -223,7 +217,7 @@ void tst_koSceneRoundTrip::hostPlacesNewSmartFilesWithoutAModule()
     koService<koReferenceService>()->convertToSmartReference(koTestHost::findNode("Seat"));
     QVERIFY(koService<koFileIOService>()->saveProject());
 
-    QCOMPARE(readAll(m_host.path(QStringLiteral("placed/Seat.kpr"))), QByteArray("taken by someone else"));
+    QCOMPARE(koTestHost::readFile(m_host.path(QStringLiteral("placed/Seat.kpr"))), QByteArray("taken by someone else"));
     QVERIFY(koService<koFileIOService>()->loadProject(main));
     const kodReferenceNode seat = koTestHost::findReference(QStringLiteral("Seat"));
     QCOMPARE(seat.getSmartPath(), m_host.path(QStringLiteral("placed/Seat_1.kpr")));
@@ -255,7 +249,7 @@ void tst_koSceneRoundTrip::failedWriteNamesItsCauseAndKeepsTheFile()
         QSKIP("a small file system cannot be mounted here (needs root)");
     const auto unmount = qScopeGuard([disk] { QProcess::execute(QStringLiteral("umount"), {disk}); });
     const QString main = m_host.writeProject(QStringLiteral("small-disk/main.kpr"), {koTestHost::group("Small")});
-    const QByteArray before = readAll(main);
+    const QByteArray before = koTestHost::readFile(main);
     QVERIFY(koService<koFileIOService>()->loadProject(main));
     kodNode node = koTestHost::findNode(QStringLiteral("Small"));
     node.setName(QString(koProjectFile::maxTextLength, QLatin1Char('x')));
@@ -264,7 +258,7 @@ void tst_koSceneRoundTrip::failedWriteNamesItsCauseAndKeepsTheFile()
 
     QVERIFY(!koService<koFileIOService>()->saveProject());
     QVERIFY2(lastLogMessage().contains(QStringLiteral("No space left on device")), qPrintable(lastLogMessage()));
-    QCOMPARE(readAll(main), before);
+    QCOMPARE(koTestHost::readFile(main), before);
     QCOMPARE(QDir(disk).entryList(QDir::Files), QStringList{QStringLiteral("main.kpr")});
 }
 

@@ -119,10 +119,14 @@ void tst_koUndo::changesOutsideAScopeAreStepsOfTheirOwn()
     const QByteArray before = koTestHost::sceneSnapshot();
     byName("Beam").setName(QStringLiteral("Girder"));
     referenceNamed("Wheel").setSourcePath(m_host.path(QStringLiteral("other.obj")));
-    QCOMPARE(koUndoStack::the()->count(), 2);
     QVERIFY(koService<koReferenceService>()->getSceneReferences().first().isChanged());
-    koUndoStack::the()->undo();
-    koUndoStack::the()->undo();
+    // Loading is one step, whether content comes from a smart file or a source.
+    referenceNamed("Imported").unload();
+    referenceNamed("Imported").load();
+    QCOMPARE(koUndoStack::the()->count(), 4);
+    QCOMPARE(koUndoStack::the()->undoText(), QStringLiteral("Load Reference"));
+    for (int step = 0; step < 4; ++step)
+        koUndoStack::the()->undo();
     QCOMPARE(koTestHost::sceneSnapshot(), before);
 }
 

@@ -150,12 +150,8 @@ private slots:
     void commandsAskAndGroupTheirChanges();
     void removeAllReloadsOnceAfterTheLastRemoval();
     void failedRemovalStillReleasesTheReloads();
-    void unloadAsksOnceForTheWholeList_data();
-    void unloadAsksOnceForTheWholeList();
     void convertWarningKeepsTheChoiceEvenOnCancel_data();
     void convertWarningKeepsTheChoiceEvenOnCancel();
-    void loadReadsSmartFilesAndImportsSourcesAtOnce_data();
-    void loadReadsSmartFilesAndImportsSourcesAtOnce();
     void hostRequestsRunTheFlows_data();
     void hostRequestsRunTheFlows();
     void selectNodesSendsTheCompressedIds();
@@ -212,7 +208,7 @@ void tst_koReferenceCommands::commandsAskAndGroupTheirChanges_data()
 {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QStringList>("selection");
-    QTest::addColumn<QString>("modified");
+    QTest::addColumn<QStringList>("modified");
     QTest::addColumn<QStringList>("questions");
     QTest::addColumn<int>("answer");
     QTest::addColumn<QStringList>("calls");
@@ -224,54 +220,64 @@ void tst_koReferenceCommands::commandsAskAndGroupTheirChanges_data()
     for (int answer : {ok, cancel}) {
         const QString suffix = answer == ok ? " (OK)" : " (Cancel)";
         QTest::newRow(qPrintable("unload a modified reference" + suffix))
-            << "Unload" << QStringList{"Frame"} << "Frame" << QStringList{"Unload Smart References"} << answer << none
+            << "Unload" << QStringList{"Frame"} << QStringList{"Frame"} << QStringList{"Unload Smart References"} << answer << none
             << "";
         QTest::newRow(qPrintable("remove all references" + suffix))
-            << "Edit/Remove All References" << none << "" << QStringList{"Remove all References"} << answer
+            << "Edit/Remove All References" << none << none << QStringList{"Remove all References"} << answer
             << QStringList{"remove *"} << "Remove all references";
         QTest::newRow(qPrintable("reimport sources with a smart link" + suffix))
-            << "(Re)Import Source/Selected" << QStringList{"Drivetrain", "Bell"} << ""
+            << "(Re)Import Source/Selected" << QStringList{"Drivetrain", "Bell"} << none
             << QStringList{"Reimport source references"} << answer << QStringList{"import Drivetrain,Bell"} << "";
         QTest::newRow(qPrintable("convert all, one source out of date" + suffix))
-            << "Edit/Convert All to Smart References" << none << "" << QStringList{"Convert to Smart References"}
+            << "Edit/Convert All to Smart References" << none << none << QStringList{"Convert to Smart References"}
             << answer << none << "Convert all to smart references";
     }
-    QTest::newRow("remove selected") << "Edit/Remove" << QStringList{"Frame", "Bell"} << "" << none << ok
+    QTest::newRow("remove selected") << "Edit/Remove" << QStringList{"Frame", "Bell"} << none << none << ok
                                      << QStringList{"remove Frame", "remove Bell"} << "Remove references";
-    QTest::newRow("convert selected") << "Convert to Smart Reference" << QStringList{"Bell", "Seat Post"} << ""
+    QTest::newRow("convert selected") << "Convert to Smart Reference" << QStringList{"Bell", "Seat Post"} << none
                                       << none << ok << QStringList{"convert Bell", "convert Seat Post"}
                                       << "Convert to smart references";
     QTest::newRow("reimport sources without a smart link")
-        << "(Re)Import Source/Selected" << QStringList{"Bell", "Seat Post"} << "" << none << ok
+        << "(Re)Import Source/Selected" << QStringList{"Bell", "Seat Post"} << none << none << ok
         << QStringList{"import Bell,Seat Post"} << "";
-    QTest::newRow("delete smart") << "Delete Smart" << QStringList{"Frame", "Mudguard"} << "" << none << ok << none
+    QTest::newRow("delete smart") << "Delete Smart" << QStringList{"Frame", "Mudguard"} << none << none << ok << none
                                   << "Delete smart references";
-    QTest::newRow("delete source") << "Delete Source" << QStringList{"Frame"} << "" << none << ok << none
+    QTest::newRow("delete source") << "Delete Source" << QStringList{"Frame"} << none << none << ok << none
                                    << "Delete source references";
-    QTest::newRow("delete all smart") << "Edit/Delete All Smart References" << none << "" << none << ok << none
+    QTest::newRow("delete all smart") << "Edit/Delete All Smart References" << none << none << none << ok << none
                                       << "Delete all smart references";
-    QTest::newRow("delete all source") << "Edit/Delete All Source References" << none << "" << none << ok << none
+    QTest::newRow("delete all source") << "Edit/Delete All Source References" << none << none << none << ok << none
                                        << "Delete all source references";
     QTest::newRow("reimport smart, unloaded only") << "(Re)Import Smart/Unloaded" << QStringList{"Frame", "Mudguard"}
-                                                   << "" << none << ok << QStringList{"reimport Mudguard"} << "";
+                                                   << none << none << ok << QStringList{"reimport Mudguard"} << "";
     QTest::newRow("reimport source, outdated only")
-        << "(Re)Import Source/Outdated" << QStringList{"Frame", "Drivetrain"} << ""
+        << "(Re)Import Source/Outdated" << QStringList{"Frame", "Drivetrain"} << none
         << QStringList{"Reimport source references"} << ok << QStringList{"import Drivetrain"} << "";
-    QTest::newRow("clone") << "Edit/Clone" << QStringList{"Frame"} << "" << none << ok << none << "*";
+    // One question for the whole selection, whichever reference or sub-reference was edited.
+    const QStringList unloadQuestion{"Unload Smart References"};
+    QTest::newRow("unload, nothing modified") << "Unload" << QStringList{"Frame", "Light"} << none << none << ok << none
+                                              << "";
+    QTest::newRow("unload, the last one modified") << "Unload" << QStringList{"Light", "Frame"} << QStringList{"Frame"}
+                                                   << unloadQuestion << cancel << none << "";
+    QTest::newRow("unload, two modified") << "Unload" << QStringList{"Frame", "Drivetrain"}
+                                          << QStringList{"Frame", "Drivetrain"} << unloadQuestion << cancel << none << "";
+    QTest::newRow("unload, modified below") << "Unload" << QStringList{"Light", "Frame"} << QStringList{"Fork"}
+                                            << unloadQuestion << cancel << none << "";
+    QTest::newRow("clone") << "Edit/Clone" << QStringList{"Frame"} << none << none << ok << none << "*";
 }
 
 void tst_koReferenceCommands::commandsAskAndGroupTheirChanges()
 {
     QFETCH(QString, command);
     QFETCH(QStringList, selection);
-    QFETCH(QString, modified);
+    QFETCH(QStringList, modified);
     QFETCH(QStringList, questions);
     QFETCH(int, answer);
     QFETCH(QStringList, calls);
     QFETCH(QString, undoStep);
 
-    if (!modified.isEmpty())
-        modify(modified);
+    for (const QString& name : modified)
+        modify(name);
     select(selection);
     if (calls == QStringList{"remove *"}) {
         calls.clear();
@@ -348,35 +354,6 @@ void tst_koReferenceCommands::failedRemovalStillReleasesTheReloads()
     QVERIFY(m_module->isReloadPending());
 }
 
-void tst_koReferenceCommands::unloadAsksOnceForTheWholeList_data()
-{
-    QTest::addColumn<QStringList>("selection");
-    QTest::addColumn<QStringList>("modified");
-    QTest::addColumn<int>("questions");
-
-    QTest::newRow("nothing modified") << QStringList{"Frame", "Light"} << QStringList() << 0;
-    QTest::newRow("the last one modified") << QStringList{"Light", "Frame"} << QStringList{"Frame"} << 1;
-    QTest::newRow("two modified") << QStringList{"Frame", "Drivetrain"} << QStringList{"Frame", "Drivetrain"} << 1;
-    QTest::newRow("modified below") << QStringList{"Light", "Frame"} << QStringList{"Fork"} << 1;
-}
-
-void tst_koReferenceCommands::unloadAsksOnceForTheWholeList()
-{
-    QFETCH(QStringList, selection);
-    QFETCH(QStringList, modified);
-    QFETCH(int, questions);
-
-    for (const QString& name : modified)
-        modify(name);
-    koDialogDriver driver;
-    driver.answerMessageBox(QMessageBox::Cancel);
-    m_module->commands()->unload(references(selection));
-
-    QCOMPARE(driver.messageBoxes().size(), questions);
-    for (const kodReferenceNode& each : references(selection))
-        QCOMPARE(each.isLoaded(), questions > 0);
-}
-
 void tst_koReferenceCommands::convertWarningKeepsTheChoiceEvenOnCancel_data()
 {
     QTest::addColumn<bool>("warn");
@@ -430,32 +407,6 @@ void tst_koReferenceCommands::convertWarningKeepsTheChoiceEvenOnCancel()
     QCOMPARE(reference(QStringLiteral("Bell")).hasSmartReference(), converted);
 }
 
-void tst_koReferenceCommands::loadReadsSmartFilesAndImportsSourcesAtOnce_data()
-{
-    QTest::addColumn<QStringList>("selection");
-    QTest::addColumn<QStringList>("calls");
-
-    QTest::newRow("smart and source references")
-        << QStringList{"Drivetrain", "Bell", "Mudguard", "Seat Post"} << QStringList{"import Bell,Seat Post"};
-    QTest::newRow("no source-only reference") << QStringList{"Drivetrain", "Mudguard"} << QStringList{"import "};
-}
-
-void tst_koReferenceCommands::loadReadsSmartFilesAndImportsSourcesAtOnce()
-{
-    QFETCH(QStringList, selection);
-    QFETCH(QStringList, calls);
-
-    for (kodReferenceNode each : references(selection))
-        each.unload();
-    m_module->commands()->load(references(selection));
-
-    QCOMPARE(m_references->calls, calls);
-    for (const kodReferenceNode& each : references(selection))
-        QVERIFY2(each.isLoaded(), qPrintable(each.getName()));
-    // Read from its smart file: a source import would have brought its source up to date.
-    QCOMPARE(reference(QStringLiteral("Drivetrain")).getSourceFileState(), koReferenceTypes::OutOfDate);
-}
-
 void tst_koReferenceCommands::hostRequestsRunTheFlows_data()
 {
     QTest::addColumn<QString>("request");
@@ -464,8 +415,11 @@ void tst_koReferenceCommands::hostRequestsRunTheFlows_data()
     QTest::addColumn<QStringList>("calls");
     QTest::addColumn<QStringList>("after");
 
-    QTest::newRow("load") << "load" << QStringList{"Mudguard"} << 0 << QStringList{"import "}
-                          << QStringList{"Mudguard loaded smart -"};
+    // Smart files are read one by one, sources imported at once.
+    QTest::newRow("load") << "load" << QStringList{"Drivetrain", "Bell", "Mudguard", "Seat Post"} << 0
+                          << QStringList{"import Bell,Seat Post"}
+                          << QStringList{"Drivetrain loaded smart source", "Bell loaded - source",
+                                         "Mudguard loaded smart -", "Seat Post loaded - source"};
     QTest::newRow("unload") << "unload" << QStringList{"Frame"} << 0 << QStringList()
                             << QStringList{"Frame unloaded smart source"};
     QTest::newRow("remove") << "remove" << QStringList{"Bell"} << 0 << QStringList{"remove Bell"} << QStringList();
@@ -500,6 +454,10 @@ void tst_koReferenceCommands::hostRequestsRunTheFlows()
     if (request.startsWith(QLatin1String("load unloaded")))
         reference(QStringLiteral("Bell")).unload();
     const QList<kodReferenceNode> list = ::references(references);
+    if (request == QLatin1String("load")) {
+        for (kodReferenceNode each : list)
+            each.unload();
+    }
     auto* ui = koService<koInternalUiService>();
     const auto fileState = koReferenceTypes::FileState(state);
     const auto loadState = koReferenceTypes::State(state);

@@ -125,7 +125,8 @@ QMap<QString, bool> tst_koReferenceEditorActions::enabledStates() const
 void tst_koReferenceEditorActions::selectionDecidesWhatIsEnabled_data()
 {
     QTest::addColumn<QStringList>("selection");
-    QTest::addColumn<QString>("unsaved");
+    // "convert Name" gives the reference a smart link never written; "unload Name" unloads it.
+    QTest::addColumn<QString>("change");
     QTest::addColumn<QStringList>("enabled");
     QTest::addColumn<QString>("smartPath");
     QTest::addColumn<QString>("sourcePath");
@@ -170,8 +171,12 @@ void tst_koReferenceEditorActions::selectionDecidesWhatIsEnabled_data()
                                     + QStringList{"Unload", "Edit", "Edit/Rename", "Edit/Clone",
                                                   "Convert to Smart Reference"})
                           << "bicycle.kpr" << "";
+    QTest::newRow("unloaded source only")
+        << QStringList{"Bell"} << "unload Bell"
+        << allBut(withoutSmart + QStringList{"Unload", "Convert to Smart Reference", "(Re)Import Source/Outdated"})
+        << "" << "accessories/bell.stl";
     QTest::newRow("unsaved smart")
-        << QStringList{"Bell"} << "Bell"
+        << QStringList{"Bell"} << "convert Bell"
         << allBut(loaded + notOutdated
                   + QStringList{"Convert to Smart Reference", "(Re)Import Smart", "(Re)Import Smart/Selected",
                                 "Repath Smart", "Open Smart in Explorer", "Smart Info", "smart path"})
@@ -192,13 +197,15 @@ void tst_koReferenceEditorActions::selectionDecidesWhatIsEnabled_data()
 void tst_koReferenceEditorActions::selectionDecidesWhatIsEnabled()
 {
     QFETCH(QStringList, selection);
-    QFETCH(QString, unsaved);
+    QFETCH(QString, change);
     QFETCH(QStringList, enabled);
     QFETCH(QString, smartPath);
     QFETCH(QString, sourcePath);
 
-    if (!unsaved.isEmpty())
-        reference(unsaved).createSmartReference();
+    if (change.startsWith(QLatin1String("convert ")))
+        reference(change.section(QLatin1Char(' '), 1)).createSmartReference();
+    if (change.startsWith(QLatin1String("unload ")))
+        reference(change.section(QLatin1Char(' '), 1)).unload();
     QList<kodNode> nodes;
     for (const QString& name : selection)
         nodes << reference(name);

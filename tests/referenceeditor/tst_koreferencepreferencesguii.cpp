@@ -146,7 +146,6 @@ class tst_koReferencePreferencesGUII : public QObject
     Q_OBJECT
 
 private slots:
-    void onlyThePersistenceGroupIsHidden();
     void roundTrip_data();
     void roundTrip();
     void storesInTheHostsOrder_data();
@@ -161,15 +160,6 @@ private:
     koTestHost m_host;
     QTemporaryDir m_folders;
 };
-
-void tst_koReferencePreferencesGUII::onlyThePersistenceGroupIsHidden()
-{
-    koReferencePreferencesGUII page;
-
-    QVERIFY(!page.m_smartReferenceChangePersistanceFrame->isVisibleTo(&page));
-    for (const QWidget* frame : {page.collapsibleFrame, page.collapsibleFrame_2, page.collapsibleFrame_3})
-        QVERIFY2(frame->isVisibleTo(&page), qPrintable(frame->objectName()));
-}
 
 void tst_koReferencePreferencesGUII::roundTrip_data()
 {
@@ -274,12 +264,8 @@ void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys_data()
     QTest::addColumn<QStringList>("calls");
 
     QTest::newRow("nothing changed") << QStringList() << QStringList() << QStringList();
-    QTest::newRow("interval 5 to 7") << QStringList{"m_updateMonitoringInterval=7"} << QStringList{intervalKey}
-                                     << QStringList{"setUpdateMonitoringInterval(7000)"};
     QTest::newRow("smart update mode") << QStringList{"m_smartUpdate=Never Ask"} << QStringList{smartUpdateKey}
                                        << QStringList();
-    QTest::newRow("material option") << QStringList{"m_preserveMaterials=unchecked"} << QStringList{materialsKey}
-                                     << QStringList();
     QTest::newRow("every key, in the host's order")
         << QStringList{"m_updateMonitoringInterval=30",
                        "m_loadSubReferences=Never load references",

@@ -37,8 +37,6 @@ private slots:
     void dialogStartsFresh();
     void enterAcceptsTheDialog();
     void cancelDuringTheSearchChangesNothing();
-    void ambiguousLinksAreLogged_data();
-    void ambiguousLinksAreLogged();
 
 private:
     QString links() const;
@@ -141,6 +139,8 @@ void tst_koReferenceRepathFlow::repath_data()
     QTest::addColumn<QStringList>("expectedSummary");
     QTest::addColumn<QString>("expectedWarning");
     QTest::addColumn<QString>("expectedLinks");
+    // Whether a warning names the other files of A's source, found in two folders.
+    QTest::addColumn<bool>("ambiguityLogged");
 
     const QString unchanged = QStringLiteral("A=old/a/a.kpr,old/a/a.obj B=-,old/b/b.obj");
     const QString notFound = QStringLiteral("This reference name cannot be found in the selected directory. "
@@ -150,28 +150,41 @@ void tst_koReferenceRepathFlow::repath_data()
 
     QTest::newRow("one node, both links found")
         << QStringList{"A"} << someFiles << "accept" << QString() << QStringList() << QString()
-        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,old/b/b.obj";
+        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,old/b/b.obj" << false;
     QTest::newRow("two nodes, all found")
         << QStringList{"A", "B"} << allFiles << "accept" << QString() << QStringList() << QString()
-        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,new/b/b.obj";
+        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,new/b/b.obj" << false;
     QTest::newRow("two nodes, one file not found, OK")
         << QStringList{"A", "B"} << someFiles << "accept" << "ok"
         << QStringList{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"} << QString()
-        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,new/b.obj";
+        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,new/b.obj" << false;
     QTest::newRow("two nodes, one file not found, Cancel")
         << QStringList{"A", "B"} << someFiles << "accept" << "cancel"
-        << QStringList{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"} << QString() << unchanged;
+        << QStringList{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"} << QString() << unchanged << false;
     QTest::newRow("one node, its file not found")
-        << QStringList{"B"} << someFiles << "accept" << QString() << QStringList() << notFound << unchanged;
+        << QStringList{"B"} << someFiles << "accept" << QString() << QStringList() << notFound << unchanged << false;
     QTest::newRow("one node, one of its two links found")
-        << QStringList{"A"} << QStringList{"new/a.obj"} << "accept" << QString() << QStringList() << notFound << unchanged;
+        << QStringList{"A"} << QStringList{"new/a.obj"} << "accept" << QString() << QStringList() << notFound << unchanged << false;
     QTest::newRow("empty folder") << QStringList{"A", "B"} << allFiles << "empty" << QString() << QStringList()
-                                  << QString() << unchanged;
+                                  << QString() << unchanged << false;
     QTest::newRow("dialog cancelled") << QStringList{"A", "B"} << allFiles << "reject" << QString() << QStringList()
-                                      << QString() << unchanged;
+                                      << QString() << unchanged << false;
     QTest::newRow("missing files only, none missing")
         << QStringList{"C"} << QStringList{"new/c.obj"} << "missing only" << QString() << QStringList() << QString()
-        << unchanged;
+        << unchanged << false;
+    const QStringList ambiguous{"new/a/a.obj", "new/x/a.obj", "new/a/a.kpr"};
+    const QString ambiguousFound = QStringLiteral("A=new/a/a.kpr,new/a/a.obj");
+    QTest::newRow("ambiguous name, all found")
+        << QStringList{"A", "B"} << ambiguous + QStringList{"new/b/b.obj"} << "accept" << QString() << QStringList()
+        << QString() << ambiguousFound + " B=-,new/b/b.obj" << true;
+    QTest::newRow("ambiguous name, summary OK")
+        << QStringList{"A", "B"} << ambiguous << "accept" << "ok"
+        << QStringList{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"} << QString()
+        << ambiguousFound + " B=-,new/b.obj" << true;
+    QTest::newRow("ambiguous name, summary cancelled")
+        << QStringList{"A", "B"} << ambiguous << "accept" << "cancel"
+        << QStringList{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"} << QString() << unchanged
+        << false;
 }
 
 void tst_koReferenceRepathFlow::repath()
@@ -183,9 +196,11 @@ void tst_koReferenceRepathFlow::repath()
     QFETCH(QStringList, expectedSummary);
     QFETCH(QString, expectedWarning);
     QFETCH(QString, expectedLinks);
+    QFETCH(bool, ambiguityLogged);
 
     for (const QString& file : qAsConst(newFiles))
         m_host.writeFile(file, "o X\n");
+    koService<koLogService>()->clear();
     QList<kodReferenceNode> selection;
     for (const QString& name : qAsConst(nodes))
         selection.append(koTestHost::findReference(name));
@@ -230,6 +245,16 @@ void tst_koReferenceRepathFlow::repath()
     QCOMPARE(koUndoStack::the()->count() - undoSteps, differingLinks(linksBefore, expectedLinks));
     const bool applied = expectedLinks != QStringLiteral("A=old/a/a.kpr,old/a/a.obj B=-,old/b/b.obj");
     QCOMPARE(reloads.count(), applied || dialog == "missing only" ? 1 : 0);
+    const QString ambiguity = QStringLiteral("A (source link): 2 files named a.obj were found; repathed to %1 by longest "
+                                             "tail of 1 folder(s). The others: %2")
+                                  .arg(QDir::toNativeSeparators(m_host.path("new/a/a.obj")),
+                                       QDir::toNativeSeparators(m_host.path("new/x/a.obj")));
+    QStringList warnings;
+    for (const koLogService::Entry& entry : koService<koLogService>()->entries()) {
+        if (entry.category == QLatin1String("References") && entry.level == koLogService::Warning)
+            warnings << entry.message;
+    }
+    QCOMPARE(warnings, ambiguityLogged ? QStringList{ambiguity} : QStringList());
 }
 
 void tst_koReferenceRepathFlow::requestsChooseTheLinks_data()
@@ -324,55 +349,6 @@ void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()
     QVERIFY2(label.contains(m_host.path(QStringLiteral("new"))), qPrintable(label));
     QCOMPARE(links(), linksBefore);
     QCOMPARE(reloads.count(), 0);
-}
-
-void tst_koReferenceRepathFlow::ambiguousLinksAreLogged_data()
-{
-    QTest::addColumn<QStringList>("newFiles");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<bool>("logged");
-
-    const QStringList ambiguous{"new/a/a.obj", "new/x/a.obj", "new/a/a.kpr"};
-    QTest::newRow("applied") << ambiguous + QStringList{"new/b/b.obj"} << "ok" << true;
-    QTest::newRow("summary OK") << ambiguous << "ok" << true;
-    QTest::newRow("summary cancelled") << ambiguous << "cancel" << false;
-    QTest::newRow("dialog cancelled") << ambiguous << "reject" << false;
-}
-
-// One warning per link whose name was found in several folders, once the links are set.
-void tst_koReferenceRepathFlow::ambiguousLinksAreLogged()
-{
-    QFETCH(QStringList, newFiles);
-    QFETCH(QString, answer);
-    QFETCH(bool, logged);
-
-    for (const QString& file : qAsConst(newFiles))
-        m_host.writeFile(file, "o X\n");
-    koService<koLogService>()->clear();
-    koDialogDriver driver;
-    answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, answer != "reject"});
-    if (!newFiles.contains("new/b/b.obj") && answer != "reject") {
-        driver.handleDialog([answer](QDialog* box) {
-            auto* summary = qobject_cast<koReferenceRePathSummaryI*>(box);
-            QVERIFY(summary);
-            (answer == "ok" ? summary->m_okButton : summary->m_cancelButton)->click();
-        });
-    }
-    m_module->repathReferences({koTestHost::findReference("A"), koTestHost::findReference("B")}, true, true);
-    QCOMPARE(driver.unexpected(), QStringList());
-    QCOMPARE(driver.pendingSteps(), 0);
-
-    QStringList entries;
-    for (const koLogService::Entry& entry : koService<koLogService>()->entries()) {
-        if (entry.category == "References")
-            entries << QStringLiteral("%1 %2").arg(entry.level).arg(entry.message);
-    }
-    const QString text = QStringLiteral("%1 A (source link): 2 files named a.obj were found; repathed to %2 by longest "
-                                        "tail of 1 folder(s). The others: %3")
-                             .arg(koLogService::Warning)
-                             .arg(QDir::toNativeSeparators(m_host.path("new/a/a.obj")),
-                                  QDir::toNativeSeparators(m_host.path("new/x/a.obj")));
-    QCOMPARE(entries, logged ? QStringList{text} : QStringList());
 }
 
 QTEST_MAIN(tst_koReferenceRepathFlow)

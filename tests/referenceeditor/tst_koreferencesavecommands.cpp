@@ -25,7 +25,6 @@ private slots:
     void cleanup();
     void saveSelected_data();
     void saveSelected();
-    void convertedReferenceLoadsBackFromItsFile();
     void overwriteQuestion_data();
     void overwriteQuestion();
     void saveAs_data();
@@ -70,20 +69,6 @@ public:
     QList<bool> scrollable;
     QList<bool> parentless;
 };
-
-QString treeOf(const kodNode& node)
-{
-    QStringList children;
-    for (const kodNode& child : node.getChildren())
-        children.append(treeOf(child));
-    return node.getName() + (children.isEmpty() ? QString() : QLatin1Char('(') + children.join(' ') + QLatin1Char(')'));
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // The names of "Name=path" entries.
 QStringList namesIn(QStringList entries)
@@ -201,7 +186,8 @@ QStringList tst_koReferenceSaveCommands::smartFiles() const
 void tst_koReferenceSaveCommands::answerLocationDialog(koDialogDriver& driver, const QString& answer,
                                                        const QString& customFolder)
 {
-    const QString folder = customFolder.isEmpty() ? QString() : m_host.path(customFolder);
+    const QString folder =
+        customFolder.isEmpty() || QDir::isAbsolutePath(customFolder) ? customFolder : m_host.path(customFolder);
     driver.handleDialog([answer, folder](QDialog* shown) {
         auto* dialog = qobject_cast<koReferenceSmartLocationDialogUI*>(shown);
         QVERIFY(dialog);
@@ -278,27 +264,6 @@ void tst_koReferenceSaveCommands::saveSelected()
     QCOMPARE(smartFiles(), expectedFiles);
 }
 
-void tst_koReferenceSaveCommands::convertedReferenceLoadsBackFromItsFile()
-{
-    kodReferenceNode wheel = reference(QStringLiteral("Wheel"));
-    const QString tree = treeOf(wheel);
-    QCOMPARE(tree, QStringLiteral("Wheel(Axle Ring)"));
-    koService<koReferenceService>()->convertToSmartReference(wheel);
-    QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::Unsaved);
-    koDialogDriver driver;
-    answerLocationDialog(driver, QStringLiteral("next"));
-
-    m_module->saveSmartChanges({wheel});
-
-    QCOMPARE(driver.unexpected(), QStringList());
-    const QString file = m_host.path(QStringLiteral("parts/wheel.kpr"));
-    QCOMPARE(wheel.getSmartPath(), file);
-    QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::UpToDate);
-    QVERIFY(koService<koFileIOService>()->loadProject(file));
-    const kodNode root = koService<koReferenceService>()->getSceneReferences().value(0);
-    QCOMPARE(treeOf(root).section(QLatin1Char('('), 1), tree.section(QLatin1Char('('), 1));
-}
-
 void tst_koReferenceSaveCommands::overwriteQuestion_data()
 {
     QTest::addColumn<bool>("saveAs");
@@ -336,7 +301,7 @@ void tst_koReferenceSaveCommands::overwriteQuestion()
     QCOMPARE(driver.pendingSteps(), 0);
     QCOMPARE(smartPaths({"Wheel", "Spoke"}), expectedPaths);
     QCOMPARE(files.calls().size(), saveAs ? 2 : 0);
-    QCOMPARE(readFile(m_host.path(QStringLiteral("parts/wheel.kpr"))) != "old", answer == QMessageBox::Ok);
+    QCOMPARE(koTestHost::readFile(m_host.path(QStringLiteral("parts/wheel.kpr"))) != "old", answer == QMessageBox::Ok);
     if (answer == QMessageBox::Cancel)
         QCOMPARE(koTestHost::sceneSnapshot(), scene);
     if (saveAs)
@@ -385,7 +350,7 @@ void tst_koReferenceSaveCommands::saveAs()
     QDir().mkpath(m_host.path(QStringLiteral("copies")));
     m_module->m_listMode->setCurrentIndex(listMode);
     reference(QStringLiteral("Fork")).getChild(0).setName(QStringLiteral("Edited"));
-    const QByteArray fork = readFile(m_host.path(QStringLiteral("frame/fork.kpr")));
+    const QByteArray fork = koTestHost::readFile(m_host.path(QStringLiteral("frame/fork.kpr")));
     koScriptedFileDialog files;
     for (const QString& answer : qAsConst(answers))
         files.answer(answer.isEmpty() ? QString() : m_host.path(answer));
@@ -404,7 +369,7 @@ void tst_koReferenceSaveCommands::saveAs()
     QCOMPARE(smartPaths(namesIn(expectedPaths)), expectedPaths);
     for (const QString& answer : qAsConst(answers))
         QVERIFY(answer.isEmpty() || QFile::exists(m_host.path(answer)));
-    QCOMPARE(readFile(m_host.path(QStringLiteral("frame/fork.kpr"))) != fork, subReferenceWritten);
+    QCOMPARE(koTestHost::readFile(m_host.path(QStringLiteral("frame/fork.kpr"))) != fork, subReferenceWritten);
 }
 
 void tst_koReferenceSaveCommands::smartPathsUpdateRequest_data()
@@ -430,8 +395,12 @@ void tst_koReferenceSaveCommands::smartPathsUpdateRequest_data()
         << true << QStringList{"Wheel=-", "Spoke=parts/spoke.kpr"};
     QTest::newRow("empty custom folder") << wheel << "Wheel" << QString() << "custom" << QString() << none << false
                                          << QStringList{"Wheel=-"};
-    QTest::newRow("custom folder not writable") << wheel << "Wheel" << QString() << "custom" << "blocked.txt/custom"
-                                                << refused << false << QStringList{"Wheel=-"};
+    // The folder is there, but takes no files, not even from root.
+    QTest::newRow("custom folder not writable") << wheel << "Wheel" << QString() << "custom" << "/proc" << refused
+                                                << false << QStringList{"Wheel=-"};
+    QTest::newRow("one of two source folders not writable")
+        << QStringList{"convert:Wheel", "convert:Blocked"} << "project" << QString() << "next" << QString() << refused
+        << false << QStringList{"Wheel=-", "Blocked=-"};
     QTest::newRow("source folder not writable") << QStringList{"convert:Blocked"} << "Blocked" << QString() << "next"
                                                 << QString() << refused << false << QStringList{"Blocked=-"};
     QTest::newRow("overwrite cancelled")
@@ -456,8 +425,11 @@ void tst_koReferenceSaveCommands::smartPathsUpdateRequest()
         answerLocationDialog(driver, dialog, customFolder);
     if (boxAnswer != QMessageBox::NoButton)
         driver.answerMessageBox(QMessageBox::StandardButton(boxAnswer));
-    const kodNode target = node == QLatin1String("Assembly") ? reference(QStringLiteral("Spoke")).getParent()
-                                                              : kodNode(reference(node));
+    kodNode target = reference(node);
+    if (node == QLatin1String("Assembly"))
+        target = reference(QStringLiteral("Spoke")).getParent();
+    if (node == QLatin1String("project"))
+        target = koService<koReferenceService>()->getSceneReferences().first();
     bool result = !expectedResult;
 
     emit koService<koInternalUiService>()->requestUiSmartPathsUpdate(
@@ -525,7 +497,7 @@ void tst_koReferenceSaveCommands::modifiedSaveWarnings()
         koTestHost::setModified(file, later);
         koService<koReferenceService>()->checkFiles();
     }
-    const QByteArray before = readFile(file);
+    const QByteArray before = koTestHost::readFile(file);
     koDialogDriver driver;
     for (int answer : qAsConst(answers))
         driver.answerMessageBox(QMessageBox::StandardButton(answer));
@@ -545,7 +517,7 @@ void tst_koReferenceSaveCommands::modifiedSaveWarnings()
         texts.append(box.text);
     }
     QCOMPARE(texts, expectedTexts);
-    QCOMPARE(readFile(file) != before, expectedWritten);
+    QCOMPARE(koTestHost::readFile(file) != before, expectedWritten);
     if (!expectedWritten)
         QCOMPARE(koTestHost::sceneSnapshot(), scene);
 }

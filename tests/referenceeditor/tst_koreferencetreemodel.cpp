@@ -28,11 +28,10 @@ private slots:
     void foregroundColour();
     void fileColumns_data();
     void fileColumns();
-    void graphNestsReferencesSkippingOtherNodes();
-    void flatListHoldsEveryReferenceOnce();
+    void graphAndList_data();
+    void graphAndList();
 
 private:
-
     koTestHost m_host;
 };
 
@@ -87,6 +86,8 @@ void tst_koReferenceTreeModel::displayText_data()
                                    << "Wheel [" + upToDate("rim.obj") + "]";
     QTest::newRow("smart file named otherwise")
         << koTestHost::reference("Engine", "motor.kpr", QString()) << QString() << "Engine [" + upToDate("motor.kpr") + "]";
+    QTest::newRow("smart file named after the node but for case")
+        << koTestHost::reference("Motor", "motor.kpr", QString()) << QString() << "Motor [" + upToDate("motor.kpr") + "]";
     QTest::newRow("links without paths") << koTestHost::reference("Bare", "", "") << QString() << "Bare";
     QTest::newRow("no links") << koTestHost::reference("Plain", QString(), QString()) << QString() << "Plain";
     QTest::newRow("changed") << koTestHost::reference("Engine", "Engine.kpr", QString()) << "rename child"
@@ -202,21 +203,25 @@ void tst_koReferenceTreeModel::fileColumns()
     QCOMPARE(model.index(1, koReferenceModelItem::SmartOwnerColumn).data().toString(), QFileInfo(smart).owner());
 }
 
-void tst_koReferenceTreeModel::graphNestsReferencesSkippingOtherNodes()
+void tst_koReferenceTreeModel::graphAndList_data()
 {
-    m_host.writeProject(QStringLiteral("inner.kpr"), {koTestHost::group("Holder", {koTestHost::reference("Deep", QString(), QString())})});
-    m_host.loadSingleReference(koTestHost::reference("Outer", "inner.kpr", QString()));
-    ReferenceModel model(new koReferenceTreeRootItem(kodNode()));
-    QCOMPARE(rowTexts(model), QStringList{QStringLiteral("project(Outer(Deep))")});
+    QTest::addColumn<bool>("graph");
+    QTest::addColumn<QStringList>("rows");
+
+    QTest::newRow("graph nests references, skipping other nodes") << true << QStringList{"project(Outer(Deep))"};
+    QTest::newRow("list holds every reference once") << false << QStringList{"project", "Outer", "Deep"};
 }
 
-void tst_koReferenceTreeModel::flatListHoldsEveryReferenceOnce()
+void tst_koReferenceTreeModel::graphAndList()
 {
+    QFETCH(bool, graph);
+    QFETCH(QStringList, rows);
+
     m_host.writeProject(QStringLiteral("inner.kpr"), {koTestHost::group("Holder", {koTestHost::reference("Deep", QString(), QString())})});
     m_host.loadSingleReference(koTestHost::reference("Outer", "inner.kpr", QString()));
-    ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
-    QCOMPARE(rowTexts(model), (QStringList{"project", "Outer", "Deep"}));
-    QCOMPARE(model.getRootItem()->getId(), QVariant(QStringLiteral("FlatModelRoot")));
+    ReferenceModel model(graph ? static_cast<koModelItem*>(new koReferenceTreeRootItem(kodNode()))
+                               : new koReferenceFlatModelItem(kodNode()));
+    QCOMPARE(rowTexts(model), rows);
 }
 
 QTEST_MAIN(tst_koReferenceTreeModel)

@@ -59,13 +59,23 @@ QString koTestHost::writeFile(const QString& relative, const QByteArray& content
     return target;
 }
 
+QByteArray koTestHost::projectDocument(const QString& rootName, const QJsonArray& nodes)
+{
+    const QJsonObject document{{QStringLiteral("format"), QStringLiteral("kovis-project")},
+                               {QStringLiteral("version"), 1},
+                               {QStringLiteral("root"), group(rootName, nodes)}};
+    return QJsonDocument(document).toJson();
+}
+
+QByteArray koTestHost::readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QString koTestHost::writeProject(const QString& relative, const QJsonArray& nodes, const QString& name) const
 {
-    QJsonObject document;
-    document.insert(QStringLiteral("format"), QStringLiteral("kovis-project"));
-    document.insert(QStringLiteral("version"), 1);
-    document.insert(QStringLiteral("root"), group(name.isEmpty() ? QFileInfo(relative).completeBaseName() : name, nodes));
-    return writeFile(relative, QJsonDocument(document).toJson());
+    return writeFile(relative, projectDocument(name.isEmpty() ? QFileInfo(relative).completeBaseName() : name, nodes));
 }
 
 kodReferenceNode koTestHost::loadSingleReference(const QJsonObject& reference) const

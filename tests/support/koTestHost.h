@@ -19,6 +19,9 @@ public:
 
     QString path(const QString& relative) const;
     QString writeFile(const QString& relative, const QByteArray& content) const;
+    // A project file whose root group holds the nodes.
+    static QByteArray projectDocument(const QString& rootName, const QJsonArray& nodes);
+    static QByteArray readFile(const QString& path);
     // Writes a project file whose root group holds the nodes.
     QString writeProject(const QString& relative, const QJsonArray& nodes, const QString& name = QString()) const;
     // Opens a project ("project.kpr") holding only this reference; returns its node.

@@ -8,6 +8,7 @@
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 #include <kovis/koTreeService.h>
+#include <kovis/koUndoStack.h>
 
 #include <QtTest>
 
@@ -22,6 +23,9 @@ private slots:
     void hostileGeometryFileIsRefused_data();
     void hostileGeometryFileIsRefused();
     void unloadDropsContentAndChanges();
+    void loadingALoadedReferenceChangesNothing_data();
+    void loadingALoadedReferenceChangesNothing();
+    void savingWritesAMissingFileAgain();
     void loadPrefersTheSmartFile();
     void sourceImportOnASmartReferenceIsAChange();
     void clonesShareTheirReference();
@@ -158,6 +162,46 @@ void tst_koReferenceLoading::unloadDropsContentAndChanges()
 
     reference.load();
     QCOMPARE(describeTree(reference), QStringLiteral("Part(Body)"));
+}
+
+void tst_koReferenceLoading::loadingALoadedReferenceChangesNothing_data()
+{
+    QTest::addColumn<QString>("smart");
+    QTest::addColumn<QString>("source");
+
+    QTest::newRow("smart file") << "part.kpr" << QString();
+    QTest::newRow("source only") << QString() << "part.obj";
+}
+
+void tst_koReferenceLoading::loadingALoadedReferenceChangesNothing()
+{
+    QFETCH(QString, smart);
+    QFETCH(QString, source);
+
+    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    m_host.writeFile(QStringLiteral("part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Body\nf 1 2 3\n");
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", smart, source));
+    reference.getChild(0).setName(QStringLiteral("Edited"));
+    const QByteArray scene = koTestHost::sceneSnapshot();
+    const int steps = koUndoStack::the()->count();
+
+    reference.load();
+    QCOMPARE(koTestHost::sceneSnapshot(), scene);
+    QCOMPARE(koUndoStack::the()->count(), steps);
+}
+
+void tst_koReferenceLoading::savingWritesAMissingFileAgain()
+{
+    const QString file = m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
+    QVERIFY(QFile::remove(file));
+    koService<koReferenceService>()->checkFiles();
+    QCOMPARE(reference.getSmartFileState(), koReferenceTypes::Missing);
+
+    // Nothing was edited, yet the content would be lost without the file.
+    QVERIFY(reference.saveSmartReference());
+    QCOMPARE(reference.getSmartFileState(), koReferenceTypes::UpToDate);
+    QVERIFY(QFile::exists(file));
 }
 
 void tst_koReferenceLoading::loadPrefersTheSmartFile()

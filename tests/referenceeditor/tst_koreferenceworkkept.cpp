@@ -253,10 +253,8 @@ void tst_koReferenceWorkKept::hostSaveAsksOnceForNewSmartFiles()
 {
     QFETCH(bool, accept);
     convertGroup(QStringLiteral("Seat"));
-    const QByteArray projectBytes = [this] {
-        QFile file(m_project);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }();
+    const QString copy = m_host.path(QStringLiteral("bike-copy.kpr"));
+    QFile::remove(copy);
     int requests = 0;
     QString askedFor;
     const QMetaObject::Connection counting = connect(
@@ -268,22 +266,22 @@ void tst_koReferenceWorkKept::hostSaveAsksOnceForNewSmartFiles()
     koDialogDriver driver;
     answerLocationDialog(driver, accept);
 
-    const auto outcome = koService<koFileIOService>()->writeProject();
+    const auto outcome = koService<koFileIOService>()->writeProject(copy);
     disconnect(counting);
 
     QCOMPARE(requests, 1);
-    QCOMPARE(askedFor, m_project);
+    QCOMPARE(askedFor, copy);
     QCOMPARE(driver.unexpected(), QStringList());
-    QFile written(m_project);
-    QVERIFY(written.open(QIODevice::ReadOnly));
     if (!accept) {
         QCOMPARE(outcome, koFileIOService::SaveOutcome::Cancelled);
-        QCOMPARE(written.readAll(), projectBytes);
+        // The project stays where it was, as if Save As had not been chosen.
+        QCOMPARE(koService<koFileIOService>()->getProjectPath(), m_project);
+        QVERIFY(!QFile::exists(copy));
         QVERIFY(!QFile::exists(m_host.path(QStringLiteral("new/Seat.kpr"))));
         return;
     }
     QCOMPARE(outcome, koFileIOService::SaveOutcome::Saved);
-    QVERIFY(koService<koFileIOService>()->loadProject(m_project));
+    QVERIFY(koService<koFileIOService>()->loadProject(copy));
     const kodReferenceNode seat = koTestHost::findReference(QStringLiteral("Seat"));
     QCOMPARE(seat.getSmartPath(), m_host.path(QStringLiteral("new/Seat.kpr")));
     QCOMPARE(seat.getSmartFileState(), koReferenceTypes::UpToDate);

@@ -4,6 +4,7 @@
 #include "koPreferencesDialog.h"
 #include "koSceneTreeModel.h"
 #include "koSceneTreeView.h"
+#include "koViewport.h"
 
 #include <kovis/koFileDialog.h>
 #include <kovis/koFileIOService.h>
@@ -17,7 +18,6 @@
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QFileInfo>
-#include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QStatusBar>
@@ -41,14 +41,10 @@ koMainWindow::koMainWindow(QWidget* parent)
     : QMainWindow(parent)
     , m_sceneModel(new koSceneTreeModel(koHost::engine()->store(), this))
     , m_sceneTree(new koSceneTreeView(m_sceneModel))
+    , m_viewport(new koViewport(koHost::engine()->store(), this))
 {
     setObjectName(QStringLiteral("KovisMainWindow"));
-    auto* viewport = new QLabel(tr("3D view"), this);
-    viewport->setObjectName(QStringLiteral("Viewport"));
-    viewport->setAlignment(Qt::AlignCenter);
-    viewport->setStyleSheet(QStringLiteral("QLabel { background: qlineargradient(x1:0, y1:0, x2:0, y2:1, "
-                                           "stop:0 #4a5866, stop:1 #20262c); color: #8a96a3; }"));
-    setCentralWidget(viewport);
+    setCentralWidget(m_viewport);
 
     auto* sceneDock = new QDockWidget(tr("Scene"), this);
     sceneDock->setObjectName(QStringLiteral("SceneDock"));
@@ -57,6 +53,7 @@ koMainWindow::koMainWindow(QWidget* parent)
 
     createFileMenu();
     createEditMenu();
+    createViewMenu();
     auto* modules = koKernelServiceFactory::the()->getServiceOrNull<koMainWindowService>();
     connect(modules, &koMainWindowService::moduleRegistered, this, &koMainWindow::addModule);
     for (int i = 0; i < modules->modules().size(); ++i)
@@ -105,6 +102,20 @@ void koMainWindow::createEditMenu()
         koPreferencesDialog dialog(this);
         dialog.exec();
     }, QKeySequence::Preferences);
+}
+
+void koMainWindow::createViewMenu()
+{
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    view->addAction(tr("Fit &All"), m_viewport, &koViewport::fitAll, Qt::Key_Home);
+    view->addAction(tr("Fit &Selection"), m_viewport, &koViewport::fitSelection, Qt::Key_F);
+    QAction* edges = view->addAction(tr("Show &Edges"), m_viewport, &koViewport::setShowEdges, Qt::Key_E);
+    edges->setCheckable(true);
+    // Single keys act only where the view has the focus, never while typing elsewhere.
+    for (QAction* action : view->actions()) {
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        m_viewport->addAction(action);
+    }
 }
 
 QMenu* koMainWindow::groupMenu(const QString& group)

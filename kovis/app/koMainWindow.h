@@ -5,6 +5,7 @@
 
 class koSceneTreeModel;
 class koSceneTreeView;
+class koViewport;
 class QDockWidget;
 class QMenu;
 
@@ -18,6 +19,7 @@ public:
     ~koMainWindow() override;
 
     koSceneTreeView* sceneTree() const { return m_sceneTree; }
+    koViewport* viewport() const { return m_viewport; }
     bool openProject(const QString& path);
     // Gives the module windows back to their plug-ins before these are unloaded.
     void releaseModules();
@@ -29,6 +31,7 @@ protected:
 private:
     void createFileMenu();
     void createEditMenu();
+    void createViewMenu();
     void addModule(int index);
     QMenu* groupMenu(const QString& group);
     void updateTitle();
@@ -41,6 +44,7 @@ private:
 
     koSceneTreeModel* m_sceneModel;
     koSceneTreeView* m_sceneTree;
+    koViewport* m_viewport;
     QHash<QString, QMenu*> m_groupMenus;
     QList<QDockWidget*> m_moduleDocks;
 };

@@ -67,7 +67,7 @@ int main(int argc, char** argv)
         window.show();
         settle();
         if (auto* dock = window.findChild<QDockWidget*>(QStringLiteral("Reference Editor")))
-            window.resizeDocks({dock}, {window.height() * 2 / 3}, Qt::Vertical);
+            window.resizeDocks({dock}, {window.height() / 2}, Qt::Vertical);
         QWidget* editor = referenceEditor(window);
         if (!editor) {
             std::fprintf(stderr, "The Reference Editor plug-in was not loaded from %s\n", KOVIS_PLUGIN_DIR);

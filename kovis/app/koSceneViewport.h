@@ -1,0 +1,63 @@
+#pragma once
+
+#include "koOrbitCamera.h"
+
+#include <QOpenGLBuffer>
+#include <QOpenGLFunctions>
+#include <QOpenGLShaderProgram>
+#include <QOpenGLWidget>
+
+#include <memory>
+#include <vector>
+
+class koViewportGeometry;
+
+// Draws the merged geometry of the scene, shaded, with triangle edges on request, and
+// turns the mouse into camera moves: left drag orbits, middle drag or Shift with left
+// drag pans, the wheel zooms.
+class koSceneViewport : public QOpenGLWidget, protected QOpenGLFunctions
+{
+    Q_OBJECT
+public:
+    explicit koSceneViewport(koViewportGeometry* geometry, QWidget* parent = nullptr);
+    ~koSceneViewport() override;
+
+    void fitAll();
+    void fitSelection();
+    void setShowEdges(bool show);
+
+signals:
+    // No drawing is possible here; the message says why.
+    void unavailable(const QString& message);
+
+protected:
+    void initializeGL() override;
+    void paintGL() override;
+    void resizeGL(int width, int height) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    struct ChunkBuffers
+    {
+        QOpenGLBuffer vertices{QOpenGLBuffer::VertexBuffer};
+        QOpenGLBuffer highlight{QOpenGLBuffer::VertexBuffer};
+        int count = 0;
+    };
+
+    void fit(bool selectionOnly);
+    void upload();
+    void drawChunks();
+    void releaseBuffers();
+    float aspect() const;
+
+    koViewportGeometry* m_geometry;
+    koOrbitCamera m_camera;
+    std::unique_ptr<QOpenGLShaderProgram> m_program;
+    std::vector<std::unique_ptr<ChunkBuffers>> m_buffers;
+    QPoint m_lastPosition;
+    bool m_showEdges = false;
+    // Until the user moves the camera, a resize frames the whole scene again.
+    bool m_keepFitting = false;
+};

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <QColor>
+#include <QHash>
+#include <QMatrix4x4>
+#include <QObject>
+#include <QSet>
+#include <QVector3D>
+#include <QVector>
+
+#include <vector>
+
+class koSceneStore;
+struct koMesh;
+struct koNodeRecord;
+
+// One corner of a drawn triangle, in world space. The fourth normal byte numbers the
+// corner within its triangle, so that a shader can find the triangle's edges.
+struct koViewportVertex
+{
+    float position[3];
+    qint8 normal[4];
+    quint8 colour[4];
+};
+
+// The visible geometry of the scene merged into few large vertex arrays (chunks), so
+// that a scene of many small references is drawn in few calls. It follows the scene
+// store: a change rebuilds only the chunks that held or receive the changed nodes, and
+// a selection change rewrites only the highlight bytes of the nodes concerned.
+class koViewportGeometry : public QObject
+{
+    Q_OBJECT
+public:
+    struct Chunk
+    {
+        std::vector<koViewportVertex> vertices;
+        // 255 where the vertex belongs to a selected node.
+        std::vector<quint8> highlight;
+        // Set when the arrays changed since the drawing side last took them.
+        bool verticesChanged = true;
+        bool highlightChanged = true;
+
+    private:
+        friend class koViewportGeometry;
+        struct Entry
+        {
+            quint64 node;
+            int first;
+            int count;
+        };
+        std::vector<Entry> entries;
+        bool needsCompaction = false;
+    };
+
+    // A chunk is closed for new nodes once it holds this many vertices.
+    static constexpr int chunkCapacity = 1 << 16;
+
+    explicit koViewportGeometry(koSceneStore* store, QObject* parent = nullptr);
+    ~koViewportGeometry() override;
+
+    // Drops what removed nodes left in the chunks; call before drawing them.
+    void compact();
+    std::vector<Chunk>& chunks() { return m_chunks; }
+    int nodeCount() const { return m_items.size(); }
+
+    // Nodes at or below any of these are drawn highlighted.
+    void setSelection(const QSet<quint64>& nodes);
+    // The box around the drawn nodes, or around the highlighted ones; false when empty.
+    bool bounds(bool highlightedOnly, QVector3D& low, QVector3D& high) const;
+
+    static QColor highlightColour();
+    // The colour of the geometry that the reference with this share key holds.
+    static QColor colourOf(quint64 shareKey);
+
+signals:
+    void changed();
+
+private:
+    struct Item
+    {
+        int chunk;
+        int first;
+        int count;
+        bool highlighted;
+        QVector3D low;
+        QVector3D high;
+    };
+    struct Placement
+    {
+        QMatrix4x4 world;
+        QColor colour;
+        bool highlighted;
+    };
+
+    void rebuild();
+    void addSubtree(quint64 id);
+    void addNode(const koNodeRecord& node, const Placement& placement);
+    void addMesh(quint64 id, const koMesh& mesh, const Placement& placement);
+    void removeSubtree(quint64 id);
+    void removeNode(quint64 id);
+    void refreshVisibility(quint64 id);
+    void refreshHighlight(quint64 id);
+    bool isShown(quint64 id) const;
+    bool isSelectedAtOrAbove(quint64 id) const;
+    Placement placementOf(quint64 id) const;
+    int chunkWithRoom(int count);
+    void compactChunk(int index);
+
+    koSceneStore* m_store;
+    std::vector<Chunk> m_chunks;
+    QHash<quint64, Item> m_items;
+    QSet<quint64> m_selection;
+    int m_openChunk = -1;
+};

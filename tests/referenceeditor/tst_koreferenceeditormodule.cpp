@@ -26,7 +26,6 @@ private slots:
     void cleanup();
     void burstOfNotificationsCostsOneReload();
     void noReloadWhileAProjectLoads();
-    void hiddenWindowIgnoresTheSceneSelection();
     void sceneSelectionSelectsSharedInstancesInTheList_data();
     void sceneSelectionSelectsSharedInstancesInTheList();
     void selectSubtreeLeavesTheLastSubtree();
@@ -184,34 +183,26 @@ void tst_koReferenceEditorModule::noReloadWhileAProjectLoads()
     QCOMPARE(reloads.count(), 2);
 }
 
-void tst_koReferenceEditorModule::hiddenWindowIgnoresTheSceneSelection()
-{
-    emit koService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
-    QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
-
-    m_module->show();
-    emit koService<koReferenceService>()->sceneSelectionChanged({});
-    QVERIFY(m_module->nodeSelectionModel()->getAllSelectedNodes().isEmpty());
-    emit koService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Frame"))});
-    QCOMPARE(names(m_module->nodeSelectionModel()->getAllSelectedNodes()), QStringList{QStringLiteral("Frame")});
-}
-
 void tst_koReferenceEditorModule::sceneSelectionSelectsSharedInstancesInTheList_data()
 {
+    QTest::addColumn<bool>("shown");
     QTest::addColumn<int>("listMode");
     QTest::addColumn<QStringList>("expected");
-    QTest::newRow("graph") << 0 << QStringList{"Front Wheel"};
-    QTest::newRow("list") << 1 << QStringList{"Front Wheel", "Rear Wheel"};
+
+    QTest::newRow("hidden window ignores it") << false << 0 << QStringList();
+    QTest::newRow("graph") << true << 0 << QStringList{"Front Wheel"};
+    QTest::newRow("list") << true << 1 << QStringList{"Front Wheel", "Rear Wheel"};
 }
 
 void tst_koReferenceEditorModule::sceneSelectionSelectsSharedInstancesInTheList()
 {
+    QFETCH(bool, shown);
     QFETCH(int, listMode);
     QFETCH(QStringList, expected);
 
     m_module->m_listMode->setCurrentIndex(listMode);
     koTestHost::settle();
-    m_module->show();
+    m_module->setVisible(shown);
     emit koService<koReferenceService>()->sceneSelectionChanged({reference(QStringLiteral("Front Wheel"))});
     QStringList selected = names(m_module->nodeSelectionModel()->getAllSelectedNodes());
     selected.sort();

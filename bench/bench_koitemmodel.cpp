@@ -1,3 +1,4 @@
+#include "koBestOf.h"
 #include "koTestHost.h"
 
 #include <kovis/koItemModel.h>
@@ -7,7 +8,6 @@
 #include <kovis/koNodeService.h>
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
 
@@ -21,19 +21,6 @@ namespace {
 
 constexpr int groups = 100;
 constexpr int perGroup = 1000;
-constexpr int runs = 5;
-
-double bestOf(const std::function<void()>& work, int tries = runs)
-{
-    double best = 1e9;
-    for (int run = 0; run < tries; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        best = std::min(best, timer.nsecsElapsed() / 1e6);
-    }
-    return best;
-}
 
 void report(const char* what, double ours, const char* baseline, double theirs, const char* unit = "ms")
 {

@@ -1,3 +1,4 @@
+#include "koBestOf.h"
 #include "koReferenceEngine.h"
 #include "koSceneStore.h"
 #include "koSceneViewport.h"
@@ -11,9 +12,7 @@
 #include <QElapsedTimer>
 #include <QOpenGLContext>
 
-#include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <memory>
 
 // The 3D view over the plant of the other benchmarks held in memory: 100 assemblies of 10
@@ -25,18 +24,6 @@ namespace {
 constexpr int assemblies = 100;
 constexpr int subAssemblies = 10;
 constexpr int partsPerSub = 100;
-
-double bestOf(const std::function<void()>& work, int tries = 3)
-{
-    double best = 1e9;
-    for (int run = 0; run < tries; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        best = std::min(best, timer.nsecsElapsed() / 1e6);
-    }
-    return best;
-}
 
 void report(const char* name, double ours, double floor)
 {
@@ -134,7 +121,7 @@ double reloadOnePart(const Plant& plant, koViewportGeometry* geometry)
         part.load();
         if (geometry)
             geometry->compact();
-    }, 5);
+    });
 }
 
 void benchFrames(koViewportGeometry& geometry, koSceneStore& store)
@@ -153,9 +140,9 @@ void benchFrames(koViewportGeometry& geometry, koSceneStore& store)
     first.start();
     view.grabFramebuffer();
     std::printf("viewport first frame with upload, 100,000 references: %.1f ms\n", first.nsecsElapsed() / 1e6);
-    const double frame = bestOf([&] { view.grabFramebuffer(); }, 5);
+    const double frame = bestOf([&] { view.grabFramebuffer(); });
     store.setVisible(store.rootId(), false);
-    const double empty = bestOf([&] { view.grabFramebuffer(); }, 5);
+    const double empty = bestOf([&] { view.grabFramebuffer(); });
     store.setVisible(store.rootId(), true);
     report("viewport frame, 100,000 references", frame, empty);
 }

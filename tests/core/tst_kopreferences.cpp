@@ -63,17 +63,9 @@ void tst_koPreferences::changeTracking()
     QTemporaryDir folder;
     koPreferencesService preferences(folder.filePath(QStringLiteral("prefs.ini")));
     const QString key = QStringLiteral("key");
-    const auto write = [&](const QVariant& value, bool markChanged) {
-        if (value.userType() == QMetaType::Bool)
-            preferences.setBoolValue(key, value.toBool(), markChanged);
-        else if (value.userType() == QMetaType::Int)
-            preferences.setIntValue(key, value.toInt(), markChanged);
-        else
-            preferences.setStringValue(key, value.toString(), markChanged);
-    };
     if (stored.isValid())
-        write(stored, false);
-    write(written, flag);
+        koTestHost::storePreference(preferences, key, stored, false);
+    koTestHost::storePreference(preferences, key, written, flag);
     QCOMPARE(preferences.isChanged(key), changed);
     QCOMPARE(preferences.getStringValue(key, QStringLiteral("<absent>")), written.toString());
     preferences.clearChanged(key);

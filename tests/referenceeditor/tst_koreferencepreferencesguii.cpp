@@ -34,16 +34,6 @@ QString storedText(const QString& key)
     return koService<koPreferencesService>()->getStringValue(key, QStringLiteral("<absent>"));
 }
 
-void store(const QString& key, const QVariant& value)
-{
-    if (value.userType() == QMetaType::Bool)
-        koService<koPreferencesService>()->setBoolValue(key, value.toBool(), false);
-    else if (value.userType() == QMetaType::Int)
-        koService<koPreferencesService>()->setIntValue(key, value.toInt(), false);
-    else
-        koService<koPreferencesService>()->setStringValue(key, value.toString(), false);
-}
-
 // Overwrites every key with a value no widget produces and forgets the change marks.
 void storeSentinels()
 {
@@ -58,7 +48,7 @@ void loadPage(koReferencePreferencesGUII& page, const QVariantMap& stored = {})
 {
     page.initDefaults(false);
     for (auto it = stored.cbegin(); it != stored.cend(); ++it)
-        store(it.key(), it.value());
+        koTestHost::storePreference(*koService<koPreferencesService>(), it.key(), it.value(), false);
     for (const QString& key : storeOrder)
         koService<koPreferencesService>()->clearChanged(key);
     page.loadValues();

@@ -7,6 +7,7 @@
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koNodeService.h>
+#include <kovis/koPreferencesService.h>
 #include <kovis/koReferenceService.h>
 
 #include <QCoreApplication>
@@ -84,6 +85,17 @@ kodReferenceNode koTestHost::loadSingleReference(const QJsonObject& reference) c
     if (!koService<koFileIOService>()->loadProject(project))
         return kodReferenceNode();
     return koService<koReferenceService>()->getSceneReferences().value(1);
+}
+
+void koTestHost::storePreference(koPreferencesService& preferences, const QString& key, const QVariant& value,
+                                 bool markChanged)
+{
+    if (value.userType() == QMetaType::Bool)
+        preferences.setBoolValue(key, value.toBool(), markChanged);
+    else if (value.userType() == QMetaType::Int)
+        preferences.setIntValue(key, value.toInt(), markChanged);
+    else
+        preferences.setStringValue(key, value.toString(), markChanged);
 }
 
 void koTestHost::setModified(const QString& path, const QDateTime& time)

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+class koPreferencesService;
+
 // Brings the host up once per test process, with preferences in a temporary file, and
 // gives each test a fresh empty scene and a temporary folder for its files.
 class koTestHost
@@ -26,6 +28,9 @@ public:
     QString writeProject(const QString& relative, const QJsonArray& nodes, const QString& name = QString()) const;
     // Opens a project ("project.kpr") holding only this reference; returns its node.
     kodReferenceNode loadSingleReference(const QJsonObject& reference) const;
+    // Stores the value through the setter of its type (bool, int or text).
+    static void storePreference(koPreferencesService& preferences, const QString& key, const QVariant& value,
+                                bool markChanged);
     // Sets the file's modification time (and with it what the host sees on disk).
     static void setModified(const QString& path, const QDateTime& time);
 

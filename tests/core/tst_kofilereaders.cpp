@@ -45,6 +45,23 @@ QByteArray osbNode(quint32 childCount, quint32 nameBytes = 2, const QByteArray& 
     return data;
 }
 
+// A geometry node without children whose triangles are the given positions and corners;
+// positionCount may claim more positions than follow.
+QByteArray osbGeometry(quint32 positionCount, const QVector<float>& coordinates, const QVector<quint32>& corners)
+{
+    QByteArray data;
+    QDataStream stream(&data, QIODevice::WriteOnly);
+    stream.setFloatingPointPrecision(QDataStream::SinglePrecision);
+    stream << quint8(2) << QStringLiteral("g") << true << quint32(0) << quint32(0) << positionCount;
+    for (float coordinate : coordinates)
+        stream << coordinate;
+    stream << quint32(corners.size());
+    for (quint32 corner : corners)
+        stream << corner;
+    stream << quint32(0);
+    return data;
+}
+
 QByteArray osbNested(int depth)
 {
     QByteArray data = osbHeader();
@@ -132,6 +149,12 @@ void tst_koFileReaders::hostileFileIsRefused_data()
         << "x.osb" << Make::Content << osbHeader() + osbNode(0, 0xfffffffe, nameBytes) << "longer than 4096 characters";
     QTest::newRow("geometry nested too deep")
         << "x.osb" << Make::Content << osbNested(koProjectFile::maxDepth + 1) << "nested more than 256 levels deep";
+    QTest::newRow("geometry with a position count bomb")
+        << "x.osb" << Make::Content << osbHeader() + osbGeometry(0xffffffff, {}, {}) << "the file is truncated";
+    QTest::newRow("geometry with a corner past its positions")
+        << "x.osb" << Make::Content << osbHeader() + osbGeometry(1, {0, 0, 0}, {0, 0, 1}) << "past the mesh's 1 positions";
+    QTest::newRow("geometry with corners not in threes")
+        << "x.osb" << Make::Content << osbHeader() + osbGeometry(1, {0, 0, 0}, {0, 0}) << "no multiple of three";
 }
 
 void tst_koFileReaders::hostileFileIsRefused()

@@ -101,7 +101,11 @@ void tst_koReferenceLoading::geometryFileRoundTrip()
     koSceneNodeDesc shell;
     shell.type = koNodeType::Geometry;
     shell.name = QStringLiteral("Shell");
-    shell.vertices = 8;
+    shell.vertices = 3;
+    auto triangle = std::make_shared<koMesh>();
+    triangle->positions = {QVector3D(0, 0, 0), QVector3D(1, 0, -0.5f), QVector3D(0, 2, 0)};
+    triangle->triangles = {0, 1, 2};
+    shell.mesh = triangle;
     content.children = {shell};
     m_host.writeFile(QStringLiteral("housing.osb"), koOsbFile::serialize(content));
 
@@ -115,7 +119,11 @@ void tst_koReferenceLoading::geometryFileRoundTrip()
     reference.unload();
     reference.loadSmartReference();
     QCOMPARE(describeTree(reference), QStringLiteral("Housing(Outer Shell)"));
-    QCOMPARE(koHost::engine()->store()->node(reference.getChild(0).getObjectId())->vertexCount, 8u);
+    const koNodeRecord* shellRecord = koHost::engine()->store()->node(reference.getChild(0).getObjectId());
+    QCOMPARE(shellRecord->vertexCount, 3u);
+    QVERIFY(shellRecord->mesh);
+    QCOMPARE(shellRecord->mesh->positions, triangle->positions);
+    QCOMPARE(shellRecord->mesh->triangles, triangle->triangles);
 }
 
 void tst_koReferenceLoading::hostileGeometryFileIsRefused_data()

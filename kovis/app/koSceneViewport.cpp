@@ -4,48 +4,44 @@
 
 #include <QLinearGradient>
 #include <QMouseEvent>
+#include <QOpenGLFunctions_2_1>
 #include <QPainter>
 #include <QWheelEvent>
 
 namespace {
 
-enum Attribute { Position, Normal, Colour, Highlight };
+enum Attribute { Position, Colour, Highlight };
 
 // GLSL 1.20 runs on every desktop OpenGL from 2.1 on, Mesa's software renderer among them.
 const char* vertexShader = R"(#version 120
 attribute vec3 position;
-attribute vec4 normal;
 attribute vec4 colour;
 attribute float highlight;
-uniform mat4 viewProjection;
-uniform mat3 viewRotation;
+uniform mat4 view;
+uniform mat4 projection;
 uniform vec3 highlightColour;
-varying vec3 eyeNormal;
+varying vec3 eyePosition;
 varying vec3 baseColour;
-varying vec3 corner;
 void main()
 {
-    gl_Position = viewProjection * vec4(position, 1.0);
-    eyeNormal = viewRotation * normal.xyz;
+    vec4 eye = view * vec4(position, 1.0);
+    gl_Position = projection * eye;
+    eyePosition = eye.xyz;
     baseColour = mix(colour.rgb, highlightColour, highlight);
-    float index = floor(normal.w * 2.0 + 0.5);
-    corner = vec3(index == 0.0 ? 1.0 : 0.0, index == 1.0 ? 1.0 : 0.0, index == 2.0 ? 1.0 : 0.0);
 }
 )";
 
-// A head light, on both sides of each triangle: imported meshes do not agree on winding.
+// Each triangle's normal from how the position changes across it, so that vertices are
+// shared; lit by a head light on both sides, as imported meshes do not agree on winding.
 const char* fragmentShader = R"(#version 120
 uniform float edges;
-varying vec3 eyeNormal;
+varying vec3 eyePosition;
 varying vec3 baseColour;
-varying vec3 corner;
 void main()
 {
-    float light = 0.3 + 0.7 * abs(normalize(eyeNormal).z);
-    vec3 shaded = baseColour * light;
-    vec3 nearEdge = smoothstep(vec3(0.0), fwidth(corner) * 1.2, corner);
-    float inside = min(min(nearEdge.x, nearEdge.y), nearEdge.z);
-    gl_FragColor = vec4(mix(shaded * 0.35, shaded, mix(1.0, inside, edges)), 1.0);
+    vec3 normal = normalize(cross(dFdx(eyePosition), dFdy(eyePosition)));
+    float light = 0.3 + 0.7 * abs(dot(normal, normalize(eyePosition)));
+    gl_FragColor = vec4(mix(baseColour * light, baseColour * 0.25, edges), 1.0);
 }
 )";
 
@@ -87,7 +83,6 @@ void koSceneViewport::initializeGL()
     });
     auto program = std::make_unique<QOpenGLShaderProgram>();
     program->bindAttributeLocation("position", Position);
-    program->bindAttributeLocation("normal", Normal);
     program->bindAttributeLocation("colour", Colour);
     program->bindAttributeLocation("highlight", Highlight);
     if (!program->addShaderFromSourceCode(QOpenGLShader::Vertex, vertexShader)
@@ -126,13 +121,16 @@ void koSceneViewport::upload()
             m_buffers[i] = std::make_unique<ChunkBuffers>();
             m_buffers[i]->vertices.create();
             m_buffers[i]->highlight.create();
+            m_buffers[i]->indices.create();
             chunk.verticesChanged = true;
         }
         ChunkBuffers& buffers = *m_buffers[i];
         if (chunk.verticesChanged) {
-            buffers.count = int(chunk.vertices.size());
             buffers.vertices.bind();
-            buffers.vertices.allocate(chunk.vertices.data(), buffers.count * int(sizeof(koViewportVertex)));
+            buffers.vertices.allocate(chunk.vertices.data(), int(chunk.vertices.size() * sizeof(koViewportVertex)));
+            buffers.indices.bind();
+            buffers.indices.allocate(chunk.indices.data(), int(chunk.indices.size() * sizeof(quint32)));
+            buffers.count = int(chunk.indices.size());
             chunk.verticesChanged = false;
             chunk.highlightChanged = true;
         }
@@ -147,38 +145,56 @@ void koSceneViewport::upload()
 void koSceneViewport::drawChunks()
 {
     glEnable(GL_DEPTH_TEST);
-    glDepthFunc(GL_LESS);
+    glDepthFunc(GL_LEQUAL);
     glDepthMask(GL_TRUE);
     glDisable(GL_BLEND);
     glDisable(GL_CULL_FACE);
     glClear(GL_DEPTH_BUFFER_BIT);
-    const QMatrix4x4 view = m_camera.view();
     m_program->bind();
-    m_program->setUniformValue("viewProjection", m_camera.projection(aspect()) * view);
-    m_program->setUniformValue("viewRotation", view.normalMatrix());
+    m_program->setUniformValue("view", m_camera.view());
+    m_program->setUniformValue("projection", m_camera.projection(aspect()));
     const QColor highlight = koViewportGeometry::highlightColour();
-    m_program->setUniformValue("highlightColour", QVector3D(float(highlight.redF()), float(highlight.greenF()), float(highlight.blueF())));
-    m_program->setUniformValue("edges", m_showEdges ? 1.0f : 0.0f);
-    for (int attribute : {Position, Normal, Colour, Highlight})
+    m_program->setUniformValue("highlightColour", QVector3D(float(highlight.redF()), float(highlight.greenF()),
+                                                            float(highlight.blueF())));
+    for (int attribute : {Position, Colour, Highlight})
         m_program->enableAttributeArray(attribute);
+    // Edges are the triangles' outlines drawn over the shaded triangles, which step back
+    // a little in depth for them.
+    auto* legacy = m_showEdges ? QOpenGLContext::currentContext()->versionFunctions<QOpenGLFunctions_2_1>() : nullptr;
+    if (legacy) {
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(1.0f, 1.0f);
+    }
+    drawPass(0.0f);
+    if (legacy) {
+        glDisable(GL_POLYGON_OFFSET_FILL);
+        legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+        drawPass(1.0f);
+        legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    }
+    for (int attribute : {Position, Colour, Highlight})
+        m_program->disableAttributeArray(attribute);
+    QOpenGLBuffer::release(QOpenGLBuffer::VertexBuffer);
+    QOpenGLBuffer::release(QOpenGLBuffer::IndexBuffer);
+    m_program->release();
+}
+
+void koSceneViewport::drawPass(float edges)
+{
+    m_program->setUniformValue("edges", edges);
     const int stride = int(sizeof(koViewportVertex));
     for (const std::unique_ptr<ChunkBuffers>& buffers : m_buffers) {
         if (buffers->count == 0)
             continue;
         buffers->vertices.bind();
         m_program->setAttributeBuffer(Position, GL_FLOAT, int(offsetof(koViewportVertex, position)), 3, stride);
-        glVertexAttribPointer(Normal, 4, GL_BYTE, GL_TRUE, stride,
-                              reinterpret_cast<const void*>(offsetof(koViewportVertex, normal)));
         glVertexAttribPointer(Colour, 4, GL_UNSIGNED_BYTE, GL_TRUE, stride,
                               reinterpret_cast<const void*>(offsetof(koViewportVertex, colour)));
         buffers->highlight.bind();
         glVertexAttribPointer(Highlight, 1, GL_UNSIGNED_BYTE, GL_TRUE, 1, nullptr);
-        glDrawArrays(GL_TRIANGLES, 0, buffers->count);
+        buffers->indices.bind();
+        glDrawElements(GL_TRIANGLES, buffers->count, GL_UNSIGNED_INT, nullptr);
     }
-    for (int attribute : {Position, Normal, Colour, Highlight})
-        m_program->disableAttributeArray(attribute);
-    QOpenGLBuffer::release(QOpenGLBuffer::VertexBuffer);
-    m_program->release();
 }
 
 float koSceneViewport::aspect() const

@@ -43,12 +43,16 @@ private:
     {
         QOpenGLBuffer vertices{QOpenGLBuffer::VertexBuffer};
         QOpenGLBuffer highlight{QOpenGLBuffer::VertexBuffer};
+        QOpenGLBuffer indices{QOpenGLBuffer::IndexBuffer};
+        // Indices to draw.
         int count = 0;
     };
 
     void fit(bool selectionOnly);
     void upload();
     void drawChunks();
+    // edges: 1 to draw outlines in the edge colour, 0 to shade.
+    void drawPass(float edges);
     void releaseBuffers();
     float aspect() const;
 

@@ -2,14 +2,11 @@
 
 #include "koSceneStore.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace {
-
-qint8 packed(float component)
-{
-    return qint8(qBound(-127, qRound(component * 127.0f), 127));
-}
 
 QVector3D lowest(const QVector3D& a, const QVector3D& b)
 {
@@ -137,37 +134,30 @@ void koViewportGeometry::addNode(const koNodeRecord& node, const Placement& abov
 
 void koViewportGeometry::addMesh(quint64 id, const koMesh& mesh, const Placement& placement)
 {
-    const int count = mesh.triangles.size() / 3 * 3;
-    if (count == 0 || mesh.positions.isEmpty())
+    const int vertexCount = mesh.positions.size();
+    const int indexCount = mesh.triangles.size() / 3 * 3;
+    if (indexCount == 0 || vertexCount == 0)
         return;
-    QVector<QVector3D> world(mesh.positions.size());
-    for (int i = 0; i < world.size(); ++i)
-        world[i] = placement.world.map(mesh.positions.at(i));
-    const int index = chunkWithRoom(count);
+    const int index = chunkWithRoom(vertexCount);
     Chunk& chunk = m_chunks[size_t(index)];
-    const int first = int(chunk.vertices.size());
-    chunk.vertices.resize(size_t(first + count));
-    chunk.highlight.resize(size_t(first + count), placement.highlighted ? 255 : 0);
+    const int firstVertex = int(chunk.vertices.size());
+    const int firstIndex = int(chunk.indices.size());
     const quint8 colour[4] = {quint8(placement.colour.red()), quint8(placement.colour.green()),
                               quint8(placement.colour.blue()), 255};
-    Item item{index, first, count, placement.highlighted, world.first(), world.first()};
-    koViewportVertex* out = chunk.vertices.data() + first;
-    for (int t = 0; t < count; t += 3) {
-        QVector3D corners[3];
-        for (int c = 0; c < 3; ++c) {
-            const quint32 vertex = mesh.triangles.at(t + c);
-            corners[c] = world.at(vertex < quint32(world.size()) ? int(vertex) : 0);
-        }
-        const QVector3D normal = QVector3D::normal(corners[0], corners[1], corners[2]);
-        for (int c = 0; c < 3; ++c, ++out) {
-            *out = koViewportVertex{{corners[c].x(), corners[c].y(), corners[c].z()},
-                                    {packed(normal.x()), packed(normal.y()), packed(normal.z()), qint8(c * 63)},
-                                    {colour[0], colour[1], colour[2], colour[3]}};
-            item.low = lowest(item.low, corners[c]);
-            item.high = highest(item.high, corners[c]);
-        }
+    Item item{index, firstVertex, vertexCount, placement.highlighted,
+              placement.world.map(mesh.positions.first()), placement.world.map(mesh.positions.first())};
+    for (const QVector3D& position : mesh.positions) {
+        const QVector3D world = placement.world.map(position);
+        chunk.vertices.push_back({{world.x(), world.y(), world.z()}, {colour[0], colour[1], colour[2], colour[3]}});
+        item.low = lowest(item.low, world);
+        item.high = highest(item.high, world);
     }
-    chunk.entries.push_back({id, first, count});
+    chunk.highlight.resize(size_t(firstVertex + vertexCount), placement.highlighted ? 255 : 0);
+    for (int corner = 0; corner < indexCount; ++corner) {
+        const quint32 vertex = mesh.triangles.at(corner);
+        chunk.indices.push_back(quint32(firstVertex) + (vertex < quint32(vertexCount) ? vertex : 0));
+    }
+    chunk.entries.push_back({id, firstVertex, vertexCount, firstIndex, indexCount});
     chunk.verticesChanged = true;
     m_items.insert(id, item);
 }
@@ -225,27 +215,24 @@ void koViewportGeometry::compact()
 void koViewportGeometry::compactChunk(int index)
 {
     Chunk& chunk = m_chunks[size_t(index)];
-    std::vector<koViewportVertex> vertices;
-    std::vector<quint8> highlight;
-    std::vector<Chunk::Entry> entries;
+    Chunk kept;
     for (const Chunk::Entry& entry : chunk.entries) {
         // An entry is stale when its node was removed, or removed and added again elsewhere.
         const auto it = m_items.find(entry.node);
-        if (it == m_items.end() || it->chunk != index || it->first != entry.first)
+        if (it == m_items.end() || it->chunk != index || it->firstVertex != entry.firstVertex)
             continue;
-        it->first = int(vertices.size());
-        entries.push_back({entry.node, it->first, entry.count});
-        vertices.insert(vertices.end(), chunk.vertices.begin() + entry.first,
-                        chunk.vertices.begin() + entry.first + entry.count);
-        highlight.insert(highlight.end(), chunk.highlight.begin() + entry.first,
-                         chunk.highlight.begin() + entry.first + entry.count);
+        it->firstVertex = int(kept.vertices.size());
+        kept.entries.push_back({entry.node, it->firstVertex, entry.vertexCount, int(kept.indices.size()), entry.indexCount});
+        const auto vertices = chunk.vertices.begin() + entry.firstVertex;
+        kept.vertices.insert(kept.vertices.end(), vertices, vertices + entry.vertexCount);
+        const auto highlight = chunk.highlight.begin() + entry.firstVertex;
+        kept.highlight.insert(kept.highlight.end(), highlight, highlight + entry.vertexCount);
+        const quint32 shift = quint32(entry.firstVertex - it->firstVertex);
+        const auto indices = chunk.indices.cbegin() + entry.firstIndex;
+        std::transform(indices, indices + entry.indexCount, std::back_inserter(kept.indices),
+                       [shift](quint32 vertex) { return vertex - shift; });
     }
-    chunk.vertices.swap(vertices);
-    chunk.highlight.swap(highlight);
-    chunk.entries.swap(entries);
-    chunk.needsCompaction = false;
-    chunk.verticesChanged = true;
-    chunk.highlightChanged = true;
+    chunk = std::move(kept);
 }
 
 void koViewportGeometry::setSelection(const QSet<quint64>& nodes)
@@ -269,7 +256,7 @@ void koViewportGeometry::refreshHighlight(quint64 id)
         if (it->highlighted != highlighted) {
             it->highlighted = highlighted;
             Chunk& chunk = m_chunks[size_t(it->chunk)];
-            std::fill_n(chunk.highlight.begin() + it->first, it->count, highlighted ? 255 : 0);
+            std::fill_n(chunk.highlight.begin() + it->firstVertex, it->vertexCount, highlighted ? 255 : 0);
             chunk.highlightChanged = true;
         }
     }

@@ -14,12 +14,12 @@ class koSceneStore;
 struct koMesh;
 struct koNodeRecord;
 
-// One corner of a drawn triangle, in world space. The fourth normal byte numbers the
-// corner within its triangle, so that a shader can find the triangle's edges.
+// One vertex of a drawn mesh, in world space. Triangles share their vertices; the shader
+// finds each triangle's normal itself, so that a mesh costs its vertices, not three per
+// triangle.
 struct koViewportVertex
 {
     float position[3];
-    qint8 normal[4];
     quint8 colour[4];
 };
 
@@ -36,6 +36,8 @@ public:
         std::vector<koViewportVertex> vertices;
         // 255 where the vertex belongs to a selected node.
         std::vector<quint8> highlight;
+        // Three vertex indices a triangle.
+        std::vector<quint32> indices;
         // Set when the arrays changed since the drawing side last took them.
         bool verticesChanged = true;
         bool highlightChanged = true;
@@ -45,8 +47,10 @@ public:
         struct Entry
         {
             quint64 node;
-            int first;
-            int count;
+            int firstVertex;
+            int vertexCount;
+            int firstIndex;
+            int indexCount;
         };
         std::vector<Entry> entries;
         bool needsCompaction = false;
@@ -79,8 +83,8 @@ private:
     struct Item
     {
         int chunk;
-        int first;
-        int count;
+        int firstVertex;
+        int vertexCount;
         bool highlighted;
         QVector3D low;
         QVector3D high;

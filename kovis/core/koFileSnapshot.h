@@ -3,7 +3,7 @@
 #include <QDateTime>
 #include <QString>
 
-// What the host knows of one file on disk.
+// What the host knows of one file on disk; its dates are in UTC.
 struct koFileSnapshot
 {
     bool exists = false;

@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QString>
+#include <QStringList>
 
 // The last known snapshot of every file the scene links to, so that queries never
 // touch the disk. Snapshots are refreshed by monitoring and by operations on a file.
@@ -19,6 +20,8 @@ public:
     const koFileSnapshot& lookup(const QString& path);
     // Reads the file again; returns whether its snapshot changed.
     bool refresh(const QString& path);
+    // Reads the files again, several at once: a project links to 200,000 of them.
+    void refreshAll(const QStringList& paths);
     // Stores a snapshot read elsewhere; returns whether it changed.
     bool update(const QString& path, const koFileSnapshot& snapshot);
     void clear() { m_snapshots.clear(); ++m_generation; }

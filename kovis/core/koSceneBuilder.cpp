@@ -11,6 +11,30 @@ koSceneBuilder::koSceneBuilder(koReferenceEngine& engine)
 
 int koSceneBuilder::materialize(const koSceneNodeDesc& desc, Built& out)
 {
+    readLinkedFiles(desc);
+    return build(desc, out);
+}
+
+void koSceneBuilder::readLinkedFiles(const koSceneNodeDesc& desc)
+{
+    QSet<QString> paths;
+    const std::function<void(const koSceneNodeDesc&)> collect = [&](const koSceneNodeDesc& node) {
+        if (node.type == koNodeType::Reference) {
+            const koReferenceContent& links = node.reference;
+            if (links.hasSmart && !links.smartPath.isEmpty())
+                paths.insert(links.smartPath);
+            if (links.hasSource && !links.sourcePath.isEmpty())
+                paths.insert(links.sourcePath);
+        }
+        for (const koSceneNodeDesc& child : node.children)
+            collect(child);
+    };
+    collect(desc);
+    m_engine.fileCache().refreshAll(paths.values());
+}
+
+int koSceneBuilder::build(const koSceneNodeDesc& desc, Built& out)
+{
     if (!desc.instance.isEmpty()) {
         const auto first = out.firstInstance.constFind(desc.instance);
         if (out.instancesInProgress.contains(desc.instance)) {
@@ -37,7 +61,7 @@ int koSceneBuilder::materialize(const koSceneNodeDesc& desc, Built& out)
         out.instancesInProgress.insert(desc.instance);
     }
     for (const koSceneNodeDesc& child : desc.children) {
-        const int childIndex = materialize(child, out);
+        const int childIndex = build(child, out);
         out.nodes[childIndex].parent = node.id;
         out.nodes[index].children.append(out.nodes.at(childIndex).id);
     }
@@ -88,12 +112,10 @@ void koSceneBuilder::stampFiles(koReferenceContent& content)
 {
     koFileStateCache& cache = m_engine.fileCache();
     if (content.hasSmart && !content.smartPath.isEmpty()) {
-        cache.refresh(content.smartPath);
         if (content.loaded || content.smartUnreadable)
             content.smartStamp = cache.lookup(content.smartPath).modified;
     }
     if (content.hasSource && !content.sourcePath.isEmpty()) {
-        cache.refresh(content.sourcePath);
         if (!content.sourceImportDate.isValid())
             content.sourceImportDate = cache.lookup(content.sourcePath).modified;
         if (content.sourceUnreadable)

@@ -41,6 +41,8 @@ public:
     koSceneNodeDesc describeContent(quint64 id, bool inlineReferences = false) const;
 
 private:
+    int build(const koSceneNodeDesc& desc, Built& out);
+    void readLinkedFiles(const koSceneNodeDesc& desc);
     int materializeInstance(const koSceneNodeDesc& desc, int first, Built& out);
     koNodeRecord recordOf(const koSceneNodeDesc& desc);
     void stampFiles(koReferenceContent& content);

@@ -169,7 +169,7 @@ QDateTime kodReferenceNode::getSourceLastModified() const
 {
     koReferenceEngine* engine = engineFor(*this);
     const koFileSnapshot* file = engine ? engine->fileStates().sourceSnapshot(getObjectId()) : nullptr;
-    return file ? file->modified : QDateTime();
+    return file ? file->modified.toLocalTime() : QDateTime();
 }
 
 QDateTime kodReferenceNode::getSourceImportDate() const
@@ -213,12 +213,12 @@ QDateTime kodReferenceNode::getSmartLastModified() const
 {
     koReferenceEngine* engine = engineFor(*this);
     const koFileSnapshot* file = engine ? engine->fileStates().smartSnapshot(getObjectId()) : nullptr;
-    return file ? file->modified : QDateTime();
+    return file ? file->modified.toLocalTime() : QDateTime();
 }
 
 QDateTime kodReferenceNode::getSmartCreationDate() const
 {
     koReferenceEngine* engine = engineFor(*this);
     const koFileSnapshot* file = engine ? engine->fileStates().smartSnapshot(getObjectId()) : nullptr;
-    return file ? file->created : QDateTime();
+    return file ? file->created.toLocalTime() : QDateTime();
 }

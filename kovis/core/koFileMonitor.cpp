@@ -40,31 +40,18 @@ void koFileMonitor::startCheck()
 {
     if (m_watcher.isRunning())
         return;
-    m_files = m_engine->fileStates().linkedFiles();
     m_cacheGeneration = m_engine->fileCache().generation();
-    // The worker compares with what is known, so the window only handles changes.
-    const QHash<QString, QVector<quint64>> files = m_files;
+    // The worker groups the links and compares with what is known, so the window's
+    // thread only copies a list and handles the changes.
+    const QVector<koReferenceFileStates::LinkedFile> links = m_engine->fileStates().linkedFiles();
     const QHash<QString, koFileSnapshot> known = m_engine->fileCache().snapshots();
-    m_watcher.setFuture(QtConcurrent::run([files, known] {
-        Changes changes;
-        for (auto file = files.cbegin(); file != files.cend(); ++file) {
-            koFileSnapshot snapshot = koFileStateCache::read(file.key());
-            if (snapshot != known.value(file.key())) {
-                changes.paths.append(file.key());
-                changes.snapshots.append(std::move(snapshot));
-            }
-        }
-        return changes;
-    }));
+    m_watcher.setFuture(QtConcurrent::run(&koReferenceFileStates::readChanges, links, known));
 }
 
 void koFileMonitor::finishCheck()
 {
     // An operation read some file again meanwhile; its snapshot is newer than ours.
-    if (m_engine->fileCache().generation() == m_cacheGeneration) {
-        const Changes changes = m_watcher.result();
-        m_engine->fileStates().applySnapshots(m_files, changes.paths, changes.snapshots);
-    }
-    m_files.clear();
+    if (m_engine->fileCache().generation() == m_cacheGeneration)
+        m_engine->fileStates().applyChanges(m_watcher.result());
     emit checkFinished();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "koFileSnapshot.h"
+#include "koReferenceFileStates.h"
 
 #include <QFutureWatcher>
-#include <QHash>
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
@@ -29,18 +29,11 @@ signals:
     void checkFinished();
 
 private:
-    struct Changes
-    {
-        QStringList paths;
-        QVector<koFileSnapshot> snapshots;
-    };
-
     void startCheck();
     void finishCheck();
 
     koReferenceEngine* m_engine;
     QTimer m_timer;
-    QFutureWatcher<Changes> m_watcher;
-    QHash<QString, QVector<quint64>> m_files;
+    QFutureWatcher<QVector<koReferenceFileStates::FileChange>> m_watcher;
     quint64 m_cacheGeneration = 0;
 };

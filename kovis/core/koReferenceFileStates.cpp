@@ -69,7 +69,7 @@ const koFileSnapshot* koReferenceFileStates::snapshotOf(quint64 id, bool smart) 
     return path.isEmpty() ? nullptr : &m_engine.fileCache().lookup(path);
 }
 
-QHash<QString, QVector<quint64>> koReferenceFileStates::linkedFiles() const
+QVector<koReferenceFileStates::LinkedFile> koReferenceFileStates::linkedFiles() const
 {
     if (!m_linkedFilesKnown) {
         m_linkedFiles = collectLinkedFiles();
@@ -78,31 +78,42 @@ QHash<QString, QVector<quint64>> koReferenceFileStates::linkedFiles() const
     return m_linkedFiles;
 }
 
-QHash<QString, QVector<quint64>> koReferenceFileStates::collectLinkedFiles() const
+QVector<koReferenceFileStates::LinkedFile> koReferenceFileStates::collectLinkedFiles() const
 {
-    QHash<QString, QVector<quint64>> files;
-    QSet<quint64> seen;
-    for (quint64 id : m_engine.sceneReferences()) {
-        const quint64 shareKey = m_engine.shareKeyOf(id);
-        if (seen.contains(shareKey))
-            continue;
-        seen.insert(shareKey);
-        const koReferenceContent* content = contentOf(id);
-        if (content->hasSmart && !content->smartPath.isEmpty())
-            files[content->smartPath].append(shareKey);
-        if (content->hasSource && !content->sourcePath.isEmpty())
-            files[content->sourcePath].append(shareKey);
-    }
-    return files;
+    QVector<LinkedFile> links;
+    links.reserve(2 * m_engine.store()->nodeCount());
+    m_engine.store()->visitLiveContents([&links](quint64 shareKey, const koReferenceContent& content) {
+        if (content.hasSmart && !content.smartPath.isEmpty())
+            links.append({content.smartPath, shareKey});
+        if (content.hasSource && !content.sourcePath.isEmpty())
+            links.append({content.sourcePath, shareKey});
+    });
+    links.squeeze();
+    return links;
 }
 
-void koReferenceFileStates::applySnapshots(const QHash<QString, QVector<quint64>>& files, const QStringList& paths,
-                                           const QVector<koFileSnapshot>& snapshots)
+QVector<koReferenceFileStates::FileChange> koReferenceFileStates::readChanges(const QVector<LinkedFile>& links,
+                                                                           const QHash<QString, koFileSnapshot>& known)
+{
+    QHash<QString, QVector<quint64>> byPath;
+    byPath.reserve(links.size());
+    for (const LinkedFile& link : links)
+        byPath[link.path].append(link.shareKey);
+    QVector<FileChange> changes;
+    for (auto file = byPath.cbegin(); file != byPath.cend(); ++file) {
+        koFileSnapshot snapshot = koFileStateCache::read(file.key());
+        if (snapshot != known.value(file.key()))
+            changes.append({file.key(), std::move(snapshot), file.value()});
+    }
+    return changes;
+}
+
+void koReferenceFileStates::applyChanges(const QVector<FileChange>& changes)
 {
     QSet<quint64> changedKeys;
-    for (int i = 0; i < paths.size() && i < snapshots.size(); ++i) {
-        if (m_engine.fileCache().update(paths.at(i), snapshots.at(i))) {
-            for (quint64 shareKey : files.value(paths.at(i)))
+    for (const FileChange& change : changes) {
+        if (m_engine.fileCache().update(change.path, change.snapshot)) {
+            for (quint64 shareKey : change.shareKeys)
                 changedKeys.insert(shareKey);
         }
     }
@@ -118,13 +129,7 @@ void koReferenceFileStates::applySnapshots(const QHash<QString, QVector<quint64>
 
 void koReferenceFileStates::checkFiles()
 {
-    const QHash<QString, QVector<quint64>> files = linkedFiles();
-    const QStringList paths = files.keys();
-    QVector<koFileSnapshot> snapshots;
-    snapshots.reserve(paths.size());
-    for (const QString& path : paths)
-        snapshots.append(koFileStateCache::read(path));
-    applySnapshots(files, paths, snapshots);
+    applyChanges(readChanges(linkedFiles(), m_engine.fileCache().snapshots()));
 }
 
 void koReferenceFileStates::reportStaleFiles()

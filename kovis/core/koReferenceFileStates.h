@@ -28,13 +28,27 @@ public:
     const koFileSnapshot* smartSnapshot(quint64 id) const;
     const koFileSnapshot* sourceSnapshot(quint64 id) const;
 
-    // Every linked file with the share keys of the references that link to it.
-    QHash<QString, QVector<quint64>> linkedFiles() const;
+    struct LinkedFile
+    {
+        QString path;
+        quint64 shareKey = 0;
+    };
+    struct FileChange
+    {
+        QString path;
+        koFileSnapshot snapshot;
+        QVector<quint64> shareKeys;
+    };
+
+    // Every link of the scene, once per shared content: cheap enough for the window's
+    // thread, which must not group 200,000 paths.
+    QVector<LinkedFile> linkedFiles() const;
     void forgetLinkedFiles() { m_linkedFilesKnown = false; }
-    // Takes fresh snapshots of linked files and announces the references whose state
-    // changed; snapshots[i] belongs to paths[i].
-    void applySnapshots(const QHash<QString, QVector<quint64>>& files, const QStringList& paths,
-                        const QVector<koFileSnapshot>& snapshots);
+    // Reads the linked files and keeps those whose snapshot differs from the known one;
+    // safe on any thread.
+    static QVector<FileChange> readChanges(const QVector<LinkedFile>& links, const QHash<QString, koFileSnapshot>& known);
+    // Takes fresh snapshots and announces the references whose state changed.
+    void applyChanges(const QVector<FileChange>& changes);
     // Reads every linked file again now and announces the references whose state changed.
     void checkFiles();
     // One notice of the references whose files are out of date or missing, if any.
@@ -43,10 +57,10 @@ public:
 private:
     const koReferenceContent* contentOf(quint64 id) const;
     const koFileSnapshot* snapshotOf(quint64 id, bool smart) const;
-    QHash<QString, QVector<quint64>> collectLinkedFiles() const;
+    QVector<LinkedFile> collectLinkedFiles() const;
 
     koReferenceEngine& m_engine;
     // Which files the scene links to changes rarely; monitoring asks every few seconds.
-    mutable QHash<QString, QVector<quint64>> m_linkedFiles;
+    mutable QVector<LinkedFile> m_linkedFiles;
     mutable bool m_linkedFilesKnown = false;
 };

@@ -108,6 +108,16 @@ void koSceneStore::visitSubtree(quint64 id, const std::function<void(const koNod
     }
 }
 
+void koSceneStore::visitLiveContents(const std::function<void(quint64, const koReferenceContent&)>& visit) const
+{
+    // Contents of removed nodes stay for undo; a share key is live while a node has it.
+    for (auto it = m_contents.cbegin(); it != m_contents.cend(); ++it) {
+        const koNodeRecord* original = node(it.key());
+        if ((original && original->shareKey == it.key()) || m_clones.contains(it.key()))
+            visit(it.key(), it.value());
+    }
+}
+
 QVector<quint64> koSceneStore::referencesBelow(quint64 id) const
 {
     QVector<quint64> result;

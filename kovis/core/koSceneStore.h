@@ -52,6 +52,9 @@ public:
     // Copies of the node and everything below it, parents before children.
     QVector<koNodeRecord> subtree(quint64 id) const;
 
+    // Calls visit once for each content a node of the scene shows, without walking the tree.
+    void visitLiveContents(const std::function<void(quint64, const koReferenceContent&)>& visit) const;
+
     // Edited since loaded or saved, or held only in memory (a smart link never written).
     bool isChanged(quint64 shareKey) const;
     bool isAnyReferenceBelowChanged(quint64 id) const;

@@ -6,17 +6,6 @@
 #include <QPainter>
 #include <QTextDocument>
 
-namespace {
-
-void prepareDocument(QTextDocument& document, const QStyleOptionViewItem& option, const QString& html)
-{
-    document.setDefaultFont(option.font);
-    document.setDocumentMargin(0);
-    document.setHtml(html);
-}
-
-} // namespace
-
 void HtmlDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
     const QVariant rich = index.data(RichTextRole);
@@ -31,8 +20,7 @@ void HtmlDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, 
     QStyle* style = item.widget ? item.widget->style() : QApplication::style();
     style->drawControl(QStyle::CE_ItemViewItem, &item, painter, item.widget);
 
-    QTextDocument document;
-    prepareDocument(document, item, html);
+    QTextDocument& document = documentFor(html, item.font);
     const QRect textRect = style->subElementRect(QStyle::SE_ItemViewItemText, &item, item.widget);
     const int top = textRect.top() + qMax(0, (textRect.height() - int(document.size().height())) / 2);
     const bool selected = item.state & QStyle::State_Selected;
@@ -60,6 +48,19 @@ void HtmlDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, 
                           Qt::AlignLeft | Qt::AlignVCenter, ellipsis);
         painter->restore();
     }
+}
+
+QTextDocument& HtmlDelegate::documentFor(const QString& html, const QFont& font) const
+{
+    const QString key = font.key() + QLatin1Char('\n') + html;
+    if (QTextDocument* known = m_documents.object(key))
+        return *known;
+    auto* document = new QTextDocument;
+    document->setDefaultFont(font);
+    document->setDocumentMargin(0);
+    document->setHtml(html);
+    m_documents.insert(key, document);
+    return *document;
 }
 
 QSize HtmlDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QCache>
 #include <QStyledItemDelegate>
+#include <QTextDocument>
 
 class QAbstractItemView;
 
@@ -27,6 +29,9 @@ public:
 
 private:
     static QString plainText(const QString& html);
+    // Laid out once: a repaint of the three views draws the same few hundred cells.
+    QTextDocument& documentFor(const QString& html, const QFont& font) const;
 
     int m_rowHeight = 0;
+    mutable QCache<QString, QTextDocument> m_documents{1000};
 };

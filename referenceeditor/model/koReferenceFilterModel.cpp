@@ -81,11 +81,13 @@ void koReferenceFilterModel::setFilterFlag(int key, bool enabled, const QString&
 void koReferenceFilterModel::setSearchText(const QRegExp& expression)
 {
     // Row by row, the views hear of every row that leaves or comes back, and each time
-    // move every expanded row they keep: on a large expanded scene that costs far more
-    // than one relayout. So the rows are laid out once under the new search, after
-    // which the base class takes the expression and finds nothing left to change.
-    m_pendingSearch = expression;
+    // move every expanded row they keep: on a large scene that costs far more than one
+    // relayout. So the rows are laid out once under the new search, after which the
+    // base class takes the expression and finds nothing left to change; each row's
+    // verdict is worked out once for both passes.
+    matcherFor(expression);
     m_searchPending = true;
+    ++m_searchRound;
     invalidate();
     setFilterRegExp(expression);
     m_searchPending = false;
@@ -98,10 +100,7 @@ bool koReferenceFilterModel::isFilterEmpty() const
 
 bool koReferenceFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
-    const QRegExp expression = m_searchPending ? m_pendingSearch : filterRegExp();
-    if (!expression.isEmpty() && !matchesSearch(matcherFor(expression), sourceRow, sourceParent))
-        return false;
-    return m_flags.empty() || passesFlags(sourceRow, sourceParent);
+    return acceptsSearch(sourceRow, sourceParent) && (m_flags.empty() || passesFlags(sourceRow, sourceParent));
 }
 
 const koTextMatcher& koReferenceFilterModel::matcherFor(const QRegExp& expression) const
@@ -112,14 +111,29 @@ const koTextMatcher& koReferenceFilterModel::matcherFor(const QRegExp& expressio
     return m_search;
 }
 
-bool koReferenceFilterModel::matchesSearch(const koTextMatcher& search, int sourceRow,
-                                           const QModelIndex& sourceParent) const
+bool koReferenceFilterModel::acceptsSearch(int sourceRow, const QModelIndex& sourceParent) const
 {
+    // While a search is applied its matcher is at hand; reading the expression back copies it.
+    const koTextMatcher& search = m_searchPending ? m_search : matcherFor(filterRegExp());
+    if (search.isEmpty())
+        return true;
     // Reference rows hand their texts over directly: this runs for every row of the
     // scene on each keystroke.
     const auto* references = qobject_cast<const koReferenceTreeModel*>(sourceModel());
     const koReferenceModelItem* item =
         references ? references->referenceItem(references->index(sourceRow, 0, sourceParent)) : nullptr;
+    bool matched = false;
+    if (item && m_searchPending && item->knownVerdict(m_searchRound, matched))
+        return matched;
+    matched = matchesSearch(search, item, sourceRow, sourceParent);
+    if (item && m_searchPending)
+        item->rememberVerdict(m_searchRound, matched);
+    return matched;
+}
+
+bool koReferenceFilterModel::matchesSearch(const koTextMatcher& search, const koReferenceModelItem* item,
+                                           int sourceRow, const QModelIndex& sourceParent) const
+{
     for (int column : {koReferenceModelItem::NameColumn, koReferenceModelItem::SmartLocationColumn,
                        koReferenceModelItem::SourceLocationColumn}) {
         if (item ? search.matches(item->text(column)) : matchesCell(search, sourceRow, column, sourceParent))

@@ -8,6 +8,8 @@
 #include <map>
 #include <set>
 
+class koReferenceModelItem;
+
 // The keys of the state filters; each Filter-menu entry carries one.
 enum ReferenceFilterFlag {
     FilterLoaded = 0,
@@ -43,7 +45,9 @@ public:
 
 private:
     const koTextMatcher& matcherFor(const QRegExp& expression) const;
-    bool matchesSearch(const koTextMatcher& search, int sourceRow, const QModelIndex& sourceParent) const;
+    bool acceptsSearch(int sourceRow, const QModelIndex& sourceParent) const;
+    bool matchesSearch(const koTextMatcher& search, const koReferenceModelItem* item, int sourceRow,
+                       const QModelIndex& sourceParent) const;
     bool matchesCell(const koTextMatcher& search, int sourceRow, int column, const QModelIndex& sourceParent) const;
     bool passesFlags(int sourceRow, const QModelIndex& sourceParent) const;
 
@@ -51,6 +55,7 @@ private:
     // Built from the filter expression when it changes: the expression itself is slow
     // for the plain text users type.
     mutable koTextMatcher m_search;
-    QRegExp m_pendingSearch;
     bool m_searchPending = false;
+    // Counts the searches applied, so that rows can tell a verdict of this one.
+    quint64 m_searchRound = 0;
 };

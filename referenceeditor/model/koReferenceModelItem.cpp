@@ -26,12 +26,25 @@ QVariant koReferenceModelItem::data(int column, int role) const
 void koReferenceModelItem::reload()
 {
     m_textKnown.reset();
+    m_verdictRound = 0;
     koNodeModelItem::reload();
 }
 
 QString koReferenceModelItem::text(int column) const
 {
     return column >= 0 && column < ColumnCount ? cachedText(column) : QString();
+}
+
+bool koReferenceModelItem::knownVerdict(quint64 round, bool& matched) const
+{
+    matched = m_verdict;
+    return round != 0 && round == m_verdictRound;
+}
+
+void koReferenceModelItem::rememberVerdict(quint64 round, bool matched) const
+{
+    m_verdictRound = round;
+    m_verdict = matched;
 }
 
 QVariant koReferenceModelItem::richText(int column) const

@@ -39,6 +39,11 @@ public:
     // with its file labels.
     QString text(int column) const;
 
+    // The search's verdict on this row while one search is applied (round): the proxy
+    // asks for each row several times in one keystroke.
+    bool knownVerdict(quint64 round, bool& matched) const;
+    void rememberVerdict(quint64 round, bool matched) const;
+
     // The nearest reference nodes below the node, in scene order.
     static QList<kodNode> referencesBelow(const kodNode& node);
 
@@ -53,4 +58,6 @@ private:
     bool m_nested;
     mutable std::array<QString, ColumnCount> m_texts;
     mutable std::bitset<ColumnCount> m_textKnown;
+    mutable quint64 m_verdictRound = 0;
+    mutable bool m_verdict = false;
 };

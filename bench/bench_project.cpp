@@ -16,6 +16,8 @@
 #include <QJsonObject>
 #include <QTimer>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <functional>
@@ -50,8 +52,9 @@ void statLinks(const QJsonObject& node, const QString& folder)
 {
     for (const char* key : {"smart", "source"}) {
         const QString link = node.value(QLatin1String(key)).toString();
+        struct stat status;
         if (!link.isEmpty())
-            QFileInfo(folder + QLatin1Char('/') + link).lastModified();
+            stat(QFile::encodeName(folder + QLatin1Char('/') + link).constData(), &status);
     }
     for (const QJsonValue child : node.value(QLatin1String("children")).toArray())
         statLinks(child.toObject(), folder);
@@ -111,14 +114,16 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     koTestHost host;
-    const QString project = koBenchScene::write(host, 100);
+    const QString project = koBenchScene::write(host, koBenchScene::partsFrom(application.arguments()));
     auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
     koHost::engine()->setMonitoringEnabled(false);
 
     print("project load", medianMs([&] { fileIO->loadProject(project); }), loadFloor(project));
     koHost::engine()->setMonitoringEnabled(false);
-    const QString copy = host.path(QStringLiteral("copy.kpr"));
-    print("project save", medianMs([&] { fileIO->saveProject(copy); }), saveFloor(project, host.path(QStringLiteral("floor.kpr"))));
+    // Each run saves under a new name: saving an unchanged project where it lies writes nothing.
+    int copies = 0;
+    const auto saveCopy = [&] { fileIO->saveProject(host.path(QStringLiteral("copy%1.kpr").arg(++copies))); };
+    print("project save", medianMs(saveCopy), saveFloor(project, host.path(QStringLiteral("floor.kpr"))));
     std::printf("monitoring check, longest GUI stall: %.1f ms\n", monitoringStall());
     return 0;
 }

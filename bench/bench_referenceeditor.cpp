@@ -136,10 +136,7 @@ int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     koTestHost host;
-    // --parts N puts N parts in each sub-assembly (100 by default), for profiling.
-    const int partsAt = application.arguments().indexOf(QStringLiteral("--parts"));
-    const int parts = partsAt > 0 ? application.arguments().value(partsAt + 1).toInt() : 100;
-    const QString project = koBenchScene::write(host, parts);
+    const QString project = koBenchScene::write(host, koBenchScene::partsFrom(application.arguments()));
     QElapsedTimer loading;
     loading.start();
     koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(project);

@@ -7,6 +7,12 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+int koBenchScene::partsFrom(const QStringList& arguments)
+{
+    const int at = arguments.indexOf(QStringLiteral("--parts"));
+    return at > 0 ? arguments.value(at + 1).toInt() : 100;
+}
+
 QString koBenchScene::write(const koTestHost& host, int parts)
 {
     QDir().mkpath(host.path(QStringLiteral("parts")));

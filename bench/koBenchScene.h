@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class koTestHost;
 
@@ -12,6 +13,8 @@ public:
     static constexpr int assemblies = 100;
     static constexpr int subAssemblies = 10;
 
+    // The parts per sub-assembly that "--parts N" asks for (smaller scenes for profiling).
+    static int partsFrom(const QStringList& arguments);
     // Writes the files and the project into the host's folder; returns the project's path.
     static QString write(const koTestHost& host, int parts);
 };

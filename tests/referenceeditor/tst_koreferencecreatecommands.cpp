@@ -232,8 +232,6 @@ void tst_koReferenceCreateCommands::replace_data()
                                                 << ok << sourceMissing << false << sourceKept << "parts/a.obj";
     QTest::newRow("source: typed binary geometry") << false << "Source" << "smart/shape.osb" << QString() << false
                                                    << none << QString() << true << sourceKept << "parts/a.obj";
-    QTest::newRow("source: typed project file") << false << "Source" << "smart/other.kpr" << QString() << false
-                                                << none << QString() << true << sourceKept << "parts/a.obj";
     QTest::newRow("source: no smart, unchanged: no question")
         << false << "Source" << "parts/b.obj" << QString() << false << none << QString() << false
         << "Source - parts/b.obj" << "parts/b.obj";

@@ -160,9 +160,8 @@ void tst_koReferencePreferencesGUII::roundTrip_data()
     QTest::addColumn<QString>("entered");
     QTest::addColumn<QString>("saved");
 
+    // Keys that the enabled states or the host's dialog already load have no row here.
     const QString none;
-    QTest::newRow("monitoring off") << monitoringKey << QVariant(false) << "m_changeNotificationEnabled"
-                                    << "unchecked" << none << "false";
     QTest::newRow("convert warning on") << convertWarningKey << QVariant(true) << "m_showConvertToSmartWarning"
                                         << "checked" << none << "true";
     QTest::newRow("material option off") << materialsKey << QVariant(false) << "m_preserveMaterials" << "unchecked"
@@ -173,17 +172,12 @@ void tst_koReferencePreferencesGUII::roundTrip_data()
                                                << "<none>" << none << "0";
     QTest::newRow("notification chosen") << notificationKey << QVariant(1) << "m_changeNotificationMode" << "Always"
                                          << "At session start only" << "2";
-    QTest::newRow("custom store") << storeModeKey << QVariant(1) << "m_smartReferenceStore" << "Custom" << none
-                                  << "1";
-    QTest::newRow("store location") << storeLocationKey << QVariant("/data/smart") << "m_smartReferenceStoreLocation"
-                                    << "/data/smart" << none << "/data/smart";
     QTest::newRow("always load") << loadModeKey << QVariant(1) << "m_loadSubReferences" << "Always load references"
                                  << none << "1";
     QTest::newRow("avoid leaves chosen") << loadModeKey << QVariant(0) << "m_loadSubReferences"
                                          << "Load scene references" << "Avoid leaf references" << "3";
     QTest::newRow("smart update never ask") << smartUpdateKey << QVariant(1) << "m_smartUpdate" << "Never Ask"
                                             << none << "1";
-    QTest::newRow("interval") << intervalKey << QVariant(12) << "m_updateMonitoringInterval" << "12" << none << "12";
     QTest::newRow("blank interval") << intervalKey << QVariant(5) << "m_updateMonitoringInterval" << "5" << ""
                                     << "0";
     QTest::newRow("interval drops signs and letters") << intervalKey << QVariant(5) << "m_updateMonitoringInterval"

@@ -10,6 +10,9 @@
 #include <QJsonObject>
 #include <QtEndian>
 
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -59,17 +62,39 @@ bool isInside(const QString& path, const QString& folder)
 
 // Where the file being written lies and the folder of the open project, which is moved
 // or copied as a whole.
-struct WriteContext
+class WriteContext
 {
-    QString folder;
-    QString projectFolder;
+public:
+    WriteContext(const QString& folder, const QString& projectFolder)
+        : m_folder(folder), m_projectFolder(projectFolder), m_below(prefixOf(folder))
+    {
+    }
 
     QString storedPath(const QString& path) const
     {
-        const bool relative = isInside(path, folder)
-            || (isInside(folder, projectFolder) && isInside(path, projectFolder));
-        return relative ? QDir(folder).relativeFilePath(path) : path;
+        // Most links lie below the file's folder, and read paths are clean.
+        if (!m_below.isEmpty() && path.size() > m_below.size() && path.startsWith(m_below)
+            && QDir::cleanPath(path) == path) {
+            return path.mid(m_below.size());
+        }
+        const bool relative = isInside(path, m_folder)
+            || (isInside(m_folder, m_projectFolder) && isInside(path, m_projectFolder));
+        return relative ? QDir(m_folder).relativeFilePath(path) : path;
     }
+
+private:
+    // QDir::relativeFilePath leaves a path as it is when the folder is relative.
+    static QString prefixOf(const QString& folder)
+    {
+        if (!QDir::isAbsolutePath(folder))
+            return QString();
+        const QString base = QDir::cleanPath(folder);
+        return base.endsWith(QLatin1Char('/')) ? base : base + QLatin1Char('/');
+    }
+
+    QString m_folder;
+    QString m_projectFolder;
+    QString m_below;
 };
 
 // JSON writes -0.0 as 0, which reads back as +0.0; a negative number too small for a
@@ -95,8 +120,22 @@ bool isExactIdentity(const QMatrix4x4& transform)
 // that a file means the same on every machine.
 QString dateText(const QDateTime& date)
 {
-    const bool local = date.timeSpec() == Qt::LocalTime || date.timeSpec() == Qt::TimeZone;
-    return (local ? date.toUTC() : date).toString(Qt::ISODateWithMs);
+    if (date.timeSpec() == Qt::OffsetFromUTC)
+        return date.toString(Qt::ISODateWithMs);
+    // What QDateTime::toString writes for UTC, at a fraction of its cost.
+    const QDateTime utc = date.toUTC();
+    const QDate day = utc.date();
+    const QTime time = utc.time();
+    if (day.year() < 0 || day.year() > 9999)
+        return QString();
+    QString text = QStringLiteral("0000-00-00T00:00:00.000Z");
+    const int fields[][3] = {{day.year(), 0, 4},     {day.month(), 5, 2},   {day.day(), 8, 2}, {time.hour(), 11, 2},
+                             {time.minute(), 14, 2}, {time.second(), 17, 2}, {time.msec(), 20, 3}};
+    for (const auto& [value, at, width] : fields) {
+        for (int i = at + width - 1, rest = value; i >= at; --i, rest /= 10)
+            text[i] = QLatin1Char(char('0' + rest % 10));
+    }
+    return text;
 }
 
 bool readString(const QJsonObject& object, const char* key, QString& value, ParseContext& context, bool required)
@@ -226,18 +265,6 @@ bool readMesh(const QJsonObject& object, koSceneNodeDesc& node, ParseContext& co
     return true;
 }
 
-QJsonObject meshObject(const koMesh& mesh)
-{
-    static_assert(sizeof(QVector3D) == 3 * sizeof(float), "QVector3D holds three floats");
-    const auto* coordinates = reinterpret_cast<const float*>(mesh.positions.constData());
-    QJsonObject object;
-    object.insert(QStringLiteral("positions"),
-                  QString::fromLatin1(packed(coordinates, 3 * mesh.positions.size()).toBase64()));
-    object.insert(QStringLiteral("triangles"),
-                  QString::fromLatin1(packed(mesh.triangles.constData(), mesh.triangles.size()).toBase64()));
-    return object;
-}
-
 bool readNode(const QJsonValue& value, koSceneNodeDesc& node, int depth, ParseContext& context);
 
 bool readChildren(const QJsonObject& object, koSceneNodeDesc& node, int depth, ParseContext& context)
@@ -321,66 +348,166 @@ bool readNode(const QJsonValue& value, koSceneNodeDesc& node, int depth, ParseCo
     return true;
 }
 
-QString typeName(koNodeType type)
+const char16_t* typeName(koNodeType type)
 {
     switch (type) {
     case koNodeType::Geometry:
-        return QStringLiteral("geometry");
+        return u"geometry";
     case koNodeType::Reference:
-        return QStringLiteral("reference");
+        return u"reference";
     case koNodeType::Group:
         break;
     }
-    return QStringLiteral("group");
+    return u"group";
 }
 
-QJsonObject writeNode(const koSceneNodeDesc& node, const WriteContext& context)
+// Writes the JSON text as it goes: building a QJsonObject tree first cost most of a save.
+class ProjectWriter
 {
-    QJsonObject object;
-    object.insert(QStringLiteral("type"), typeName(node.type));
-    object.insert(QStringLiteral("name"), node.name);
-    if (!node.visible)
-        object.insert(QStringLiteral("visible"), false);
-    if (node.locked)
-        object.insert(QStringLiteral("locked"), true);
-    if (!isExactIdentity(node.transform)) {
-        QJsonArray values;
-        const float* data = node.transform.constData();
+public:
+    explicit ProjectWriter(const WriteContext& context) : m_context(context), m_json(m_buffer) {}
+
+    QByteArray document(const koSceneNodeDesc& root)
+    {
+        m_json.StartObject();
+        writeText(u"format", formatName);
+        m_json.Key(u"root");
+        writeNode(root);
+        m_json.Key(u"version");
+        m_json.Int(formatVersion);
+        m_json.EndObject();
+        m_buffer.Put('\n');
+        return QByteArray(m_buffer.GetString(), int(m_buffer.GetSize()));
+    }
+
+private:
+    using Utf16 = rapidjson::UTF16<char16_t>;
+
+    static const char16_t* characters(const QString& text) { return reinterpret_cast<const char16_t*>(text.utf16()); }
+
+    // RapidJSON refuses unpaired surrogates; such a text is written with every character
+    // past ASCII as a \u escape, which reads back the same.
+    static QString asciiQuoted(const QString& text)
+    {
+        rapidjson::GenericStringBuffer<Utf16> buffer;
+        rapidjson::Writer<decltype(buffer), Utf16, Utf16> writer(buffer);
+        writer.String(characters(text), rapidjson::SizeType(text.size()));
+        QString ascii;
+        for (const QChar c : QStringView(buffer.GetString())) {
+            ascii += c.unicode() < 0x80 ? QString(c) : QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
+        }
+        return ascii;
+    }
+
+    void writeText(const char16_t* key, const QString& text)
+    {
+        m_json.Key(key);
+        if (text.isValidUtf16()) {
+            m_json.String(characters(text), rapidjson::SizeType(text.size()));
+        } else {
+            const QString quoted = asciiQuoted(text);
+            m_json.RawValue(characters(quoted), size_t(quoted.size()), rapidjson::kStringType);
+        }
+    }
+
+    // Whole numbers as integers and anything not finite as null, as files have always had them.
+    void writeNumber(double value)
+    {
+        if (!std::isfinite(value))
+            m_json.Null();
+        else if (std::trunc(value) == value && std::abs(value) <= 9007199254740992.0)
+            m_json.Int64(qint64(value));
+        else
+            m_json.Double(value);
+    }
+
+    void writeTransform(const QMatrix4x4& transform)
+    {
+        m_json.Key(u"transform");
+        m_json.StartArray();
+        const float* data = transform.constData();
         // QMatrix4x4 keeps its numbers column by column; files list them row by row.
         for (int row = 0; row < 4; ++row) {
             for (int column = 0; column < 4; ++column)
-                values.append(storedNumber(data[column * 4 + row]));
+                writeNumber(storedNumber(data[column * 4 + row]));
         }
-        object.insert(QStringLiteral("transform"), values);
+        m_json.EndArray();
     }
-    if (!node.instance.isEmpty())
-        object.insert(QStringLiteral("instance"), node.instance);
-    if (node.type == koNodeType::Geometry) {
-        object.insert(QStringLiteral("vertices"), qint64(node.vertices));
-        object.insert(QStringLiteral("faces"), qint64(node.faces));
-        if (node.mesh)
-            object.insert(QStringLiteral("mesh"), meshObject(*node.mesh));
+
+    void writeMesh(const koMesh& mesh)
+    {
+        static_assert(sizeof(QVector3D) == 3 * sizeof(float), "QVector3D holds three floats");
+        const auto* coordinates = reinterpret_cast<const float*>(mesh.positions.constData());
+        m_json.Key(u"mesh");
+        m_json.StartObject();
+        writeText(u"positions", QString::fromLatin1(packed(coordinates, 3 * mesh.positions.size()).toBase64()));
+        writeText(u"triangles", QString::fromLatin1(packed(mesh.triangles.constData(), mesh.triangles.size()).toBase64()));
+        m_json.EndObject();
     }
-    if (node.type == koNodeType::Reference) {
-        const koReferenceContent& reference = node.reference;
-        if (reference.hasSmart)
-            object.insert(QStringLiteral("smart"), context.storedPath(reference.smartPath));
-        if (reference.hasSource)
-            object.insert(QStringLiteral("source"), context.storedPath(reference.sourcePath));
-        if (reference.sourceImportDate.isValid())
-            object.insert(QStringLiteral("sourceImported"), dateText(reference.sourceImportDate));
-        if (!reference.loaded)
-            object.insert(QStringLiteral("loaded"), false);
-    }
-    if (node.type != koNodeType::Reference || node.inlineContent) {
-        QJsonArray children;
+
+    void writeChildren(const koSceneNodeDesc& node)
+    {
+        m_json.Key(u"children");
+        m_json.StartArray();
         for (const koSceneNodeDesc& child : node.children)
-            children.append(writeNode(child, context));
-        if (!children.isEmpty() || node.type == koNodeType::Reference)
-            object.insert(QStringLiteral("children"), children);
+            writeNode(child);
+        m_json.EndArray();
     }
-    return object;
-}
+
+    void writeFlag(const char16_t* key, bool value)
+    {
+        m_json.Key(key);
+        m_json.Bool(value);
+    }
+
+    void writeCount(const char16_t* key, quint32 value)
+    {
+        m_json.Key(key);
+        m_json.Uint(value);
+    }
+
+    // Keys in the alphabetical order files have always had, so that a project kept under
+    // version control does not change wholesale.
+    void writeNode(const koSceneNodeDesc& node)
+    {
+        const bool geometry = node.type == koNodeType::Geometry;
+        const bool reference = node.type == koNodeType::Reference;
+        const koReferenceContent& links = node.reference;
+        m_json.StartObject();
+        if (reference ? node.inlineContent : !node.children.empty())
+            writeChildren(node);
+        if (geometry)
+            writeCount(u"faces", node.faces);
+        if (!node.instance.isEmpty())
+            writeText(u"instance", node.instance);
+        if (reference && !links.loaded)
+            writeFlag(u"loaded", false);
+        if (node.locked)
+            writeFlag(u"locked", true);
+        if (geometry && node.mesh)
+            writeMesh(*node.mesh);
+        writeText(u"name", node.name);
+        if (reference && links.hasSmart)
+            writeText(u"smart", m_context.storedPath(links.smartPath));
+        if (reference && links.hasSource)
+            writeText(u"source", m_context.storedPath(links.sourcePath));
+        if (reference && links.sourceImportDate.isValid())
+            writeText(u"sourceImported", dateText(links.sourceImportDate));
+        if (!isExactIdentity(node.transform))
+            writeTransform(node.transform);
+        m_json.Key(u"type");
+        m_json.String(typeName(node.type));
+        if (geometry)
+            writeCount(u"vertices", node.vertices);
+        if (!node.visible)
+            writeFlag(u"visible", false);
+        m_json.EndObject();
+    }
+
+    const WriteContext m_context;
+    rapidjson::StringBuffer m_buffer;
+    rapidjson::PrettyWriter<rapidjson::StringBuffer, Utf16, rapidjson::UTF8<>> m_json;
+};
 
 } // namespace
 
@@ -427,9 +554,5 @@ bool koProjectFile::parse(const QByteArray& data, const QString& folder, koScene
 
 QByteArray koProjectFile::serialize(const koSceneNodeDesc& root, const QString& folder, const QString& projectFolder)
 {
-    QJsonObject document;
-    document.insert(QStringLiteral("format"), formatName);
-    document.insert(QStringLiteral("version"), formatVersion);
-    document.insert(QStringLiteral("root"), writeNode(root, WriteContext{folder, projectFolder}));
-    return QJsonDocument(document).toJson(QJsonDocument::Indented);
+    return ProjectWriter(WriteContext(folder, projectFolder)).document(root);
 }

@@ -395,6 +395,7 @@ void tst_koProjectFile::awkwardValuesSurviveSaving_data()
     QTest::newRow("control characters") << named(QStringLiteral("a\tb\nc\rd\\e\u0001f\u007f"));
     QTest::newRow("markup and quotes") << named(QStringLiteral("<b>\"Q&A\"</b> 'x' /* y */"));
     QTest::newRow("unicode") << named(QStringLiteral("R\u00e4der \u8eca\u8f2a \U0001F6B2 \u202eabc"));
+    QTest::newRow("lone surrogates") << named(QString(QChar(0xdc00)) + QStringLiteral("\u00e4\"") + QChar(0xd800));
     QTest::newRow("longest name") << named(QString(koProjectFile::maxTextLength, QChar(0x00e9)));
     QTest::newRow("huge transform values") << transformed({3.4e38f, -3.4e38f, std::numeric_limits<float>::max()});
     QTest::newRow("tiny transform values") << transformed({1e-45f, -1e-45f, std::numeric_limits<float>::min(), -0.0f, 0.0f});

@@ -431,7 +431,7 @@ bool koReferenceEditorModule::isFlatList() const
 
 void koReferenceEditorModule::expandToSliderDepth(int value)
 {
-    changeEveryViewAtOnce([value](QTreeView* view) {
+    changeEveryViewAtOnce([value](koReferenceTreeView* view) {
         view->collapseAll();
         if (value >= 1)
             view->expandToDepth(value - 1);
@@ -440,15 +440,15 @@ void koReferenceEditorModule::expandToSliderDepth(int value)
 
 void koReferenceEditorModule::expandAllRows()
 {
-    changeEveryViewAtOnce([](QTreeView* view) { view->expandAll(); });
+    changeEveryViewAtOnce([](koReferenceTreeView* view) { view->expandAllBranches(); });
 }
 
-void koReferenceEditorModule::changeEveryViewAtOnce(const std::function<void(QTreeView*)>& change)
+void koReferenceEditorModule::changeEveryViewAtOnce(const std::function<void(koReferenceTreeView*)>& change)
 {
     // The side columns follow the graph row by row otherwise, and lay themselves out
     // once per row: seconds on a large scene.
     const QSignalBlocker rowByRow(m_treeView);
-    for (QTreeView* view : {m_treeView, m_smartColumns, m_sourceColumns})
+    for (koReferenceTreeView* view : {m_treeView, m_smartColumns, m_sourceColumns})
         change(view);
 }
 

@@ -95,7 +95,7 @@ private:
     void setUpSideHeader(QTreeView* view);
     void setUpView(QTreeView* view);
     void showColumns(QTreeView* view, std::initializer_list<int> columns, bool hideable);
-    void changeEveryViewAtOnce(const std::function<void(QTreeView*)>& change);
+    void changeEveryViewAtOnce(const std::function<void(koReferenceTreeView*)>& change);
     void setUpListMode();
     void levelRows();
     void fitStateColumns();

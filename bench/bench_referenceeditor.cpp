@@ -143,6 +143,7 @@ int main(int argc, char** argv)
     // Monitoring reads 200,000 files every few seconds; its own cost is not measured here.
     koKernelServiceFactory::the()->getServiceOrNull<koReferenceService>()->setChangeMonitoringEnabled(false);
     print("project load", loading.nsecsElapsed() / 1e6);
+    std::printf("peak memory after project load: %.1f MB\n", peakMemoryKb() / 1024.0);
 
     koReferenceEditorModule window;
     window.resize(1200, 800);

@@ -33,5 +33,5 @@ private:
     QTextDocument& documentFor(const QString& html, const QFont& font) const;
 
     int m_rowHeight = 0;
-    mutable QCache<QString, QTextDocument> m_documents{1000};
+    mutable QCache<QString, QTextDocument> m_documents{256};
 };

@@ -65,8 +65,15 @@ QString koReferenceModelItem::cachedText(int column) const
 {
     if (!m_textKnown.test(std::size_t(column))) {
         const kodReferenceNode reference(getNode().getObjectId());
-        m_texts[std::size_t(column)] =
-            column == NameColumn ? koReferenceTreeModel::displayText(reference) : columnText(column, reference);
+        QString& text = m_texts[std::size_t(column)];
+        if (column == NameColumn) {
+            text = koReferenceTreeModel::displayText(reference);
+            // Built piece by piece, with room to grow that a kept text never uses. Other
+            // columns mostly share their text with the scene, which squeezing would copy.
+            text.squeeze();
+        } else {
+            text = columnText(column, reference);
+        }
         m_textKnown.set(std::size_t(column));
     }
     return m_texts[std::size_t(column)];

@@ -31,6 +31,8 @@ QString tr(const char* text)
 struct ParseContext
 {
     QString folder;
+    // Absolute, clean and not the file system's root.
+    bool folderIsClean = false;
     QString error;
     QStringList trail;
 
@@ -44,11 +46,30 @@ struct ParseContext
     }
 };
 
-QString absolutePath(const QString& stored, const QString& folder)
+// A relative path of plain names ("parts/a.kpr"): joined to a clean folder it stays clean.
+bool isPlainRelative(const QString& path)
+{
+    for (int start = 0;;) {
+        const int slash = path.indexOf(QLatin1Char('/'), start);
+        const int end = slash < 0 ? path.size() : slash;
+        const QStringRef name = path.midRef(start, end - start);
+        if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("..")
+            || name.contains(QLatin1Char('\\')))
+            return false;
+        if (slash < 0)
+            return true;
+        start = slash + 1;
+    }
+}
+
+QString absolutePath(const QString& stored, const ParseContext& context)
 {
     if (stored.isEmpty())
         return stored;
-    return QDir::cleanPath(QDir(folder).absoluteFilePath(QDir::fromNativeSeparators(stored)));
+    // A project links to 200,000 files; most lie below its folder under plain names.
+    if (context.folderIsClean && isPlainRelative(stored))
+        return context.folder + QLatin1Char('/') + stored;
+    return QDir::cleanPath(QDir(context.folder).absoluteFilePath(QDir::fromNativeSeparators(stored)));
 }
 
 bool isInside(const QString& path, const QString& folder)
@@ -296,8 +317,8 @@ bool readReference(const QJsonObject& object, koSceneNodeDesc& node, ParseContex
     }
     reference.hasSmart = hasSmart;
     reference.hasSource = hasSource;
-    reference.smartPath = absolutePath(reference.smartPath, context.folder);
-    reference.sourcePath = absolutePath(reference.sourcePath, context.folder);
+    reference.smartPath = absolutePath(reference.smartPath, context);
+    reference.sourcePath = absolutePath(reference.sourcePath, context);
     reference.smartUnsaved = hasSmart && reference.smartPath.isEmpty();
     node.inlineContent = object.contains(QLatin1String("children"));
     return true;
@@ -528,6 +549,7 @@ bool koProjectFile::parse(const QByteArray& data, const QString& folder, koScene
 {
     ParseContext context;
     context.folder = folder;
+    context.folderIsClean = QDir::isAbsolutePath(folder) && QDir::cleanPath(folder) == folder && folder != QLatin1String("/");
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(data, &parseError);
     koSceneNodeDesc result;

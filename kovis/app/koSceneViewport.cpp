@@ -62,25 +62,24 @@ koSceneViewport::koSceneViewport(koViewportGeometry* geometry, QWidget* parent)
 
 koSceneViewport::~koSceneViewport()
 {
-    makeCurrent();
+    // The context outlives this part of the widget and must not call back into it.
+    if (context())
+        disconnect(context(), nullptr, this, nullptr);
     releaseBuffers();
-    doneCurrent();
 }
 
 void koSceneViewport::releaseBuffers()
 {
+    makeCurrent();
     m_buffers.clear();
     m_program.reset();
+    doneCurrent();
 }
 
 void koSceneViewport::initializeGL()
 {
     initializeOpenGLFunctions();
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
-        makeCurrent();
-        releaseBuffers();
-        doneCurrent();
-    });
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &koSceneViewport::releaseBuffers);
     auto program = std::make_unique<QOpenGLShaderProgram>();
     program->bindAttributeLocation("position", Position);
     program->bindAttributeLocation("colour", Colour);

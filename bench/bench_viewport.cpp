@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QMouseEvent>
 #include <QOpenGLContext>
 
 #include <cstdio>
@@ -141,6 +142,13 @@ void benchFrames(koViewportGeometry& geometry, koSceneStore& store)
     view.grabFramebuffer();
     std::printf("viewport first frame with upload, 100,000 references: %.1f ms\n", first.nsecsElapsed() / 1e6);
     const double frame = bestOf([&] { view.grabFramebuffer(); });
+    // Holding the left button down, as while orbiting.
+    QMouseEvent press(QEvent::MouseButtonPress, QPointF(10, 10), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&view, &press);
+    std::printf("viewport frame while orbiting, 100,000 references: %.1f ms\n",
+                bestOf([&] { view.grabFramebuffer(); }));
+    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(10, 10), Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&view, &release);
     store.setVisible(store.rootId(), false);
     const double empty = bestOf([&] { view.grabFramebuffer(); });
     store.setVisible(store.rootId(), true);

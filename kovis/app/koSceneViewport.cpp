@@ -2,11 +2,14 @@
 
 #include "koViewportGeometry.h"
 
+#include <QElapsedTimer>
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QOpenGLFunctions_2_1>
 #include <QPainter>
 #include <QWheelEvent>
+
+#include <cmath>
 
 namespace {
 
@@ -105,7 +108,16 @@ void koSceneViewport::paintGL()
         return;
     painter.beginNativePainting();
     upload();
-    drawChunks();
+    // While the camera moves, a scene whose full frame is slow draws every n-th chunk
+    // only, so that the view keeps up with the mouse; releasing the button draws it all.
+    const int step = m_moving ? qMax(1, int(std::ceil(m_fullFrameMs / movingFrameBudgetMs))) : 1;
+    QElapsedTimer timer;
+    timer.start();
+    drawChunks(step);
+    if (step == 1) {
+        glFinish();
+        m_fullFrameMs = double(timer.nsecsElapsed()) / 1e6;
+    }
     painter.endNativePainting();
 }
 
@@ -141,7 +153,7 @@ void koSceneViewport::upload()
     }
 }
 
-void koSceneViewport::drawChunks()
+void koSceneViewport::drawChunks(int step)
 {
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
@@ -164,11 +176,11 @@ void koSceneViewport::drawChunks()
         glEnable(GL_POLYGON_OFFSET_FILL);
         glPolygonOffset(1.0f, 1.0f);
     }
-    drawPass(0.0f);
+    drawPass(0.0f, step);
     if (legacy) {
         glDisable(GL_POLYGON_OFFSET_FILL);
         legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
-        drawPass(1.0f);
+        drawPass(1.0f, step);
         legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     }
     for (int attribute : {Position, Colour, Highlight})
@@ -178,11 +190,12 @@ void koSceneViewport::drawChunks()
     m_program->release();
 }
 
-void koSceneViewport::drawPass(float edges)
+void koSceneViewport::drawPass(float edges, int step)
 {
     m_program->setUniformValue("edges", edges);
     const int stride = int(sizeof(koViewportVertex));
-    for (const std::unique_ptr<ChunkBuffers>& buffers : m_buffers) {
+    for (size_t i = 0; i < m_buffers.size(); i += size_t(step)) {
+        const std::unique_ptr<ChunkBuffers>& buffers = m_buffers[i];
         if (buffers->count == 0)
             continue;
         buffers->vertices.bind();
@@ -238,6 +251,13 @@ void koSceneViewport::setShowEdges(bool show)
 void koSceneViewport::mousePressEvent(QMouseEvent* event)
 {
     m_lastPosition = event->pos();
+    m_moving = true;
+}
+
+void koSceneViewport::mouseReleaseEvent(QMouseEvent*)
+{
+    m_moving = false;
+    update();
 }
 
 void koSceneViewport::mouseMoveEvent(QMouseEvent* event)

@@ -36,6 +36,7 @@ protected:
     void resizeGL(int width, int height) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
 private:
@@ -50,9 +51,10 @@ private:
 
     void fit(bool selectionOnly);
     void upload();
-    void drawChunks();
+    // step: draw every step-th chunk.
+    void drawChunks(int step);
     // edges: 1 to draw outlines in the edge colour, 0 to shade.
-    void drawPass(float edges);
+    void drawPass(float edges, int step);
     void releaseBuffers();
     float aspect() const;
 
@@ -64,4 +66,8 @@ private:
     bool m_showEdges = false;
     // Until the user moves the camera, a resize frames the whole scene again.
     bool m_keepFitting = false;
+    // A mouse button is down on the view.
+    bool m_moving = false;
+    double m_fullFrameMs = 0.0;
+    static constexpr double movingFrameBudgetMs = 50.0;
 };

@@ -64,6 +64,14 @@ bool isDecodable(const char* name)
     return state.invalidChars == 0 && state.remainingChars == 0;
 }
 
+// A name read on its own: a byte order mark leading it is part of the name, as it is
+// inside a path.
+QString decodedName(const char* name)
+{
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    return QTextCodec::codecForLocale()->toUnicode(name, int(std::strlen(name)), &state);
+}
+
 } // namespace
 
 struct RepathTreeWalk::Folder
@@ -71,6 +79,7 @@ struct RepathTreeWalk::Folder
     DIR* handle;
     // in the file system's encoding, ending in '/'
     QByteArray path;
+    QString decoded;
 };
 
 RepathTreeWalk::RepathTreeWalk(const QString& root)
@@ -96,13 +105,16 @@ bool RepathTreeWalk::next()
         // "." and ".." as well as hidden entries are neither listed nor entered.
         if (entry->d_name[0] == '.' || !isDecodable(entry->d_name))
             continue;
-        const QByteArray path = m_folders.last().path + entry->d_name;
-        switch (kindOf(path, entry->d_type)) {
+        // Plain files, nearly all entries, need no path of their own.
+        const Kind kind = entry->d_type == DT_REG ? Kind::File
+                                                   : kindOf(m_folders.last().path + entry->d_name, entry->d_type);
+        switch (kind) {
         case Kind::Folder:
-            enter(path);
+            enter(m_folders.last().path + entry->d_name);
             break;
         case Kind::File:
-            m_filePath = QFile::decodeName(path);
+            m_folder = m_folders.last().decoded;
+            m_fileName = decodedName(entry->d_name);
             return true;
         case Kind::Other:
             break;
@@ -119,7 +131,7 @@ void RepathTreeWalk::enter(QByteArray path)
         return;
     if (!path.endsWith('/'))
         path.append('/');
-    m_folders.append({handle, path});
+    m_folders.append({handle, path, QFile::decodeName(path)});
 }
 
 #else
@@ -135,7 +147,10 @@ bool RepathTreeWalk::next()
 {
     if (!m_iterator.hasNext())
         return false;
-    m_filePath = m_iterator.next();
+    const QString path = m_iterator.next();
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    m_folder = path.left(slash + 1);
+    m_fileName = path.mid(slash + 1);
     return true;
 }
 

@@ -154,15 +154,13 @@ void buildFileIndex(RepathFileIndex& index, const QString& newDir, RepathProgres
     QString folder;
     QString absoluteFolder;
     while ((!progress || !progress->isCancelled()) && walk.next()) {
-        const QString path = walk.filePath();
-        const int slash = path.lastIndexOf(QLatin1Char('/'));
-        if (folder.isNull() || path.leftRef(slash) != folder) {
-            folder = path.left(slash);
-            absoluteFolder = QFileInfo(path).absolutePath();
+        if (folder.isNull() || walk.folder() != folder) {
+            folder = walk.folder();
+            absoluteFolder = QFileInfo(walk.filePath()).absolutePath();
             if (progress)
                 progress->enterFolder(absoluteFolder);
         }
-        index.insert(path.mid(slash + 1), absoluteFolder);
+        index.insert(walk.fileName(), absoluteFolder);
         if (progress)
             progress->addFile();
     }

@@ -67,8 +67,12 @@ QString absolutePath(const QString& stored, const ParseContext& context)
     if (stored.isEmpty())
         return stored;
     // A project links to 200,000 files; most lie below its folder under plain names.
-    if (context.folderIsClean && isPlainRelative(stored))
-        return context.folder + QLatin1Char('/') + stored;
+    if (context.folderIsClean && isPlainRelative(stored)) {
+        // Made to measure: the scene keeps every link for the session.
+        QString path;
+        path.reserve(context.folder.size() + 1 + stored.size());
+        return path.append(context.folder).append(QLatin1Char('/')).append(stored);
+    }
     return QDir::cleanPath(QDir(context.folder).absoluteFilePath(QDir::fromNativeSeparators(stored)));
 }
 

@@ -69,6 +69,12 @@ QList<kodNode> kodNode::getChildren() const
     return node ? koHandleList<kodNode>(node->children) : QList<kodNode>();
 }
 
+QVector<quint64> kodNode::getChildIds() const
+{
+    const koNodeRecord* node = recordOf(*this);
+    return node ? node->children : QVector<quint64>();
+}
+
 bool kodNode::isVisible() const
 {
     const koSceneStore* store = koSceneStore::the();

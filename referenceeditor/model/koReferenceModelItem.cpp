@@ -119,18 +119,17 @@ QList<koModelItem*> koReferenceModelItem::createChildList()
 
 QList<kodNode> koReferenceModelItem::referencesBelow(const kodNode& node)
 {
+    // By id: every reload walks the whole scene, and a handle per node costs more than the walk.
     QList<kodNode> references;
-    QList<kodNode> pending;
+    QVector<quint64> pending;
     const auto pushChildren = [&pending](const kodNode& parent) {
-        if (parent.getChildCount() == 0)
-            return;
-        const QList<kodNode> children = parent.getChildren();
+        const QVector<quint64> children = parent.getChildIds();
         for (auto child = children.crbegin(); child != children.crend(); ++child)
             pending.append(*child);
     };
     pushChildren(node);
     while (!pending.isEmpty()) {
-        const kodNode next = pending.takeLast();
+        const kodNode next(pending.takeLast());
         if (next.isTypeOf(kodReferenceNode::staticMetaObject))
             references.append(next);
         else

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QMatrix4x4>
 #include <QString>
+#include <QVector>
 
 class KOVIS_EXPORT kodNode : public kodSceneObject
 {
@@ -25,6 +26,8 @@ public:
     virtual int getChildIndex(const kodNode& child) const;
     virtual kodNode getChild(unsigned index) const;
     virtual QList<kodNode> getChildren() const;
+    // The children's ids, for walks over large scenes: no handle is made per child.
+    QVector<quint64> getChildIds() const;
     virtual bool isVisible() const;
     virtual bool getVisibilityFlag() const;
     virtual void setVisibilityFlag(bool visible);

@@ -23,6 +23,16 @@ struct koReferenceContent
     QDateTime sourceStamp;
     QDateTime sourceImportDate;
 
+    // Calls visit with each link that names a file: the smart file's, then the source's.
+    template<class Visit>
+    void forEachLinkedPath(Visit visit) const
+    {
+        if (hasSmart && !smartPath.isEmpty())
+            visit(smartPath);
+        if (hasSource && !sourcePath.isEmpty())
+            visit(sourcePath);
+    }
+
     bool operator==(const koReferenceContent& other) const
     {
         return hasSmart == other.hasSmart && hasSource == other.hasSource && smartPath == other.smartPath

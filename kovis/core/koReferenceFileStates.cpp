@@ -83,10 +83,7 @@ QVector<koReferenceFileStates::LinkedFile> koReferenceFileStates::collectLinkedF
     QVector<LinkedFile> links;
     links.reserve(2 * m_engine.store()->nodeCount());
     m_engine.store()->visitLiveContents([&links](quint64 shareKey, const koReferenceContent& content) {
-        if (content.hasSmart && !content.smartPath.isEmpty())
-            links.append({content.smartPath, shareKey});
-        if (content.hasSource && !content.sourcePath.isEmpty())
-            links.append({content.sourcePath, shareKey});
+        content.forEachLinkedPath([&](const QString& path) { links.append({path, shareKey}); });
     });
     links.squeeze();
     return links;

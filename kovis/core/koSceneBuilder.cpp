@@ -19,13 +19,8 @@ void koSceneBuilder::readLinkedFiles(const koSceneNodeDesc& desc)
 {
     QSet<QString> paths;
     const std::function<void(const koSceneNodeDesc&)> collect = [&](const koSceneNodeDesc& node) {
-        if (node.type == koNodeType::Reference) {
-            const koReferenceContent& links = node.reference;
-            if (links.hasSmart && !links.smartPath.isEmpty())
-                paths.insert(links.smartPath);
-            if (links.hasSource && !links.sourcePath.isEmpty())
-                paths.insert(links.sourcePath);
-        }
+        if (node.type == koNodeType::Reference)
+            node.reference.forEachLinkedPath([&paths](const QString& path) { paths.insert(path); });
         for (const koSceneNodeDesc& child : node.children)
             collect(child);
     };
@@ -111,10 +106,8 @@ koNodeRecord koSceneBuilder::recordOf(const koSceneNodeDesc& desc)
 void koSceneBuilder::stampFiles(koReferenceContent& content)
 {
     koFileStateCache& cache = m_engine.fileCache();
-    if (content.hasSmart && !content.smartPath.isEmpty()) {
-        if (content.loaded || content.smartUnreadable)
-            content.smartStamp = cache.lookup(content.smartPath).modified;
-    }
+    if (content.hasSmart && !content.smartPath.isEmpty() && (content.loaded || content.smartUnreadable))
+        content.smartStamp = cache.lookup(content.smartPath).modified;
     if (content.hasSource && !content.sourcePath.isEmpty()) {
         if (!content.sourceImportDate.isValid())
             content.sourceImportDate = cache.lookup(content.sourcePath).modified;

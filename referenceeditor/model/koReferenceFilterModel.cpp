@@ -6,6 +6,8 @@
 #include <kovis/kodReferenceNode.h>
 
 #include <QFileInfo>
+#include <QThread>
+#include <QtConcurrent/QtConcurrentMap>
 
 namespace {
 
@@ -58,6 +60,8 @@ bool passesKey(int key, const kodReferenceNode& reference, const std::set<QStrin
 koReferenceFilterModel::koReferenceFilterModel(QObject* parent)
     : QSortFilterProxyModel(parent)
 {
+    connect(this, &QAbstractProxyModel::sourceModelChanged, this,
+            [this] { m_references = qobject_cast<const koReferenceTreeModel*>(sourceModel()); });
 }
 
 koReferenceFilterModel::~koReferenceFilterModel() = default;
@@ -86,8 +90,9 @@ void koReferenceFilterModel::setSearchText(const QRegExp& expression)
     // base class takes the expression and finds nothing left to change; each row's
     // verdict is worked out once for both passes.
     matcherFor(expression);
-    m_searchPending = true;
     ++m_searchRound;
+    judgeReferenceRows();
+    m_searchPending = true;
     invalidate();
     setFilterRegExp(expression);
     m_searchPending = false;
@@ -111,42 +116,65 @@ const koTextMatcher& koReferenceFilterModel::matcherFor(const QRegExp& expressio
     return m_search;
 }
 
+void koReferenceFilterModel::judgeReferenceRows() const
+{
+    if (!m_references || m_search.isEmpty())
+        return;
+    const QVector<const koReferenceModelItem*> items = m_references->referenceItems();
+    // Making a text reads the scene, which only this thread may do; once made, the
+    // texts are read on the other threads as well.
+    for (const koReferenceModelItem* item : items)
+        item->makeSearchTexts();
+    struct Share {
+        int begin;
+        int end;
+        // Each thread its own: a regular expression keeps the state of its last match.
+        koTextMatcher search;
+    };
+    QVector<Share> shares;
+    const int size = qMax(1024, int(items.size() / (4 * qMax(1, QThread::idealThreadCount()))));
+    for (int begin = 0; begin < items.size(); begin += size)
+        shares.append({begin, qMin(begin + size, int(items.size())), m_search});
+    QtConcurrent::blockingMap(shares, [&items, round = m_searchRound](const Share& share) {
+        for (int at = share.begin; at < share.end; ++at)
+            items.at(at)->rememberVerdict(round, matchesTexts(share.search, *items.at(at)));
+    });
+}
+
 bool koReferenceFilterModel::acceptsSearch(int sourceRow, const QModelIndex& sourceParent) const
 {
     // While a search is applied its matcher is at hand; reading the expression back copies it.
     const koTextMatcher& search = m_searchPending ? m_search : matcherFor(filterRegExp());
     if (search.isEmpty())
         return true;
-    // Reference rows hand their texts over directly: this runs for every row of the
-    // scene on each keystroke.
-    const auto* references = qobject_cast<const koReferenceTreeModel*>(sourceModel());
-    const koReferenceModelItem* item =
-        references ? references->referenceItem(references->index(sourceRow, 0, sourceParent)) : nullptr;
+    const koReferenceModelItem* item = m_references ? m_references->referenceItem(sourceRow, sourceParent) : nullptr;
     bool matched = false;
     if (item && m_searchPending && item->knownVerdict(m_searchRound, matched))
         return matched;
-    matched = matchesSearch(search, item, sourceRow, sourceParent);
+    matched = item ? matchesTexts(search, *item) : matchesCells(search, sourceRow, sourceParent);
     if (item && m_searchPending)
         item->rememberVerdict(m_searchRound, matched);
     return matched;
 }
 
-bool koReferenceFilterModel::matchesSearch(const koTextMatcher& search, const koReferenceModelItem* item,
-                                           int sourceRow, const QModelIndex& sourceParent) const
+bool koReferenceFilterModel::matchesTexts(const koTextMatcher& search, const koReferenceModelItem& item)
 {
-    for (int column : {koReferenceModelItem::NameColumn, koReferenceModelItem::SmartLocationColumn,
-                       koReferenceModelItem::SourceLocationColumn}) {
-        if (item ? search.matches(item->text(column)) : matchesCell(search, sourceRow, column, sourceParent))
+    for (int column : koReferenceModelItem::searchColumns) {
+        if (search.matches(item.text(column)))
             return true;
     }
     return false;
 }
 
-bool koReferenceFilterModel::matchesCell(const koTextMatcher& search, int sourceRow, int column,
-                                         const QModelIndex& sourceParent) const
+bool koReferenceFilterModel::matchesCells(const koTextMatcher& search, int sourceRow,
+                                          const QModelIndex& sourceParent) const
 {
-    const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
-    return cell.isValid() && search.matches(cell.data(Qt::DisplayRole).toString());
+    for (int column : koReferenceModelItem::searchColumns) {
+        const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
+        if (cell.isValid() && search.matches(cell.data(Qt::DisplayRole).toString()))
+            return true;
+    }
+    return false;
 }
 
 bool koReferenceFilterModel::passesFlags(int sourceRow, const QModelIndex& sourceParent) const

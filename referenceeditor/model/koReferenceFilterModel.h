@@ -9,6 +9,7 @@
 #include <set>
 
 class koReferenceModelItem;
+class koReferenceTreeModel;
 
 // The keys of the state filters; each Filter-menu entry carries one.
 enum ReferenceFilterFlag {
@@ -45,13 +46,17 @@ public:
 
 private:
     const koTextMatcher& matcherFor(const QRegExp& expression) const;
+    // Works out the search's verdict on every reference row at once, on all cores.
+    void judgeReferenceRows() const;
     bool acceptsSearch(int sourceRow, const QModelIndex& sourceParent) const;
-    bool matchesSearch(const koTextMatcher& search, const koReferenceModelItem* item, int sourceRow,
-                       const QModelIndex& sourceParent) const;
-    bool matchesCell(const koTextMatcher& search, int sourceRow, int column, const QModelIndex& sourceParent) const;
+    static bool matchesTexts(const koTextMatcher& search, const koReferenceModelItem& item);
+    bool matchesCells(const koTextMatcher& search, int sourceRow, const QModelIndex& sourceParent) const;
     bool passesFlags(int sourceRow, const QModelIndex& sourceParent) const;
 
     std::map<int, std::set<QString>> m_flags;
+    // The source model when it is the reference model, whose rows hand their texts over
+    // directly: a search reads three for every row of the scene.
+    const koReferenceTreeModel* m_references = nullptr;
     // Built from the filter expression when it changes: the expression itself is slow
     // for the plain text users type.
     mutable koTextMatcher m_search;

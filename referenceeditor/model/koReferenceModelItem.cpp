@@ -30,9 +30,24 @@ void koReferenceModelItem::reload()
     koNodeModelItem::reload();
 }
 
-QString koReferenceModelItem::text(int column) const
+const QString& koReferenceModelItem::text(int column) const
 {
-    return column >= 0 && column < ColumnCount ? cachedText(column) : QString();
+    static const QString none;
+    return column >= 0 && column < ColumnCount ? cachedText(column) : none;
+}
+
+void koReferenceModelItem::makeSearchTexts() const
+{
+    static const std::bitset<ColumnCount> searched = [] {
+        std::bitset<ColumnCount> columns;
+        for (int column : searchColumns)
+            columns.set(std::size_t(column));
+        return columns;
+    }();
+    if ((m_textKnown & searched) == searched)
+        return;
+    for (int column : searchColumns)
+        cachedText(column);
 }
 
 bool koReferenceModelItem::knownVerdict(quint64 round, bool& matched) const
@@ -61,7 +76,7 @@ QVariant koReferenceModelItem::richText(int column) const
     }
 }
 
-QString koReferenceModelItem::cachedText(int column) const
+const QString& koReferenceModelItem::cachedText(int column) const
 {
     if (!m_textKnown.test(std::size_t(column))) {
         const kodReferenceNode reference(getNode().getObjectId());

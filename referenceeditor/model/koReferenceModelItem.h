@@ -9,7 +9,7 @@
 // One reference row. Column 0 is the node (the model adds the file labels); the smart
 // link's status, date, owner and location follow, then the same for the source link.
 // In the graph an item's children are the nearest references below its node.
-class koReferenceModelItem : public koNodeModelItem
+class koReferenceModelItem final : public koNodeModelItem
 {
 public:
     enum Column {
@@ -26,6 +26,9 @@ public:
         ColumnCount = 10
     };
 
+    // The columns a search looks in: the name and both locations.
+    static constexpr std::array<int, 3> searchColumns{NameColumn, SmartLocationColumn, SourceLocationColumn};
+
     koReferenceModelItem(const kodNode& node, bool nested, koModelItem* parent);
 
     QVariant data(int column, int role) const override;
@@ -36,11 +39,15 @@ public:
     QList<koModelItem*> createChildList() override;
 
     // What the reference model shows in the column: in column 0 the reference's name
-    // with its file labels.
-    QString text(int column) const;
+    // with its file labels. Once made, a text can be read from any thread until the
+    // next reload.
+    const QString& text(int column) const;
+    // Makes the texts of the search columns, so that other threads can read them.
+    void makeSearchTexts() const;
 
     // The search's verdict on this row while one search is applied (round): the proxy
-    // asks for each row several times in one keystroke.
+    // asks for each row several times in one keystroke, and works the verdicts out
+    // ahead on several threads.
     bool knownVerdict(quint64 round, bool& matched) const;
     void rememberVerdict(quint64 round, bool matched) const;
 
@@ -53,7 +60,7 @@ private:
     QVariant richText(int column) const;
     // Texts are made once per reload of the item: every search keystroke reads three
     // of them for every row, and the host announces every change with a reload.
-    QString cachedText(int column) const;
+    const QString& cachedText(int column) const;
 
     bool m_nested;
     mutable std::array<QString, ColumnCount> m_texts;

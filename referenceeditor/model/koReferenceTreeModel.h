@@ -3,6 +3,8 @@
 #include <kovis/koItemModel.h>
 #include <kovis/kodReferenceNode.h>
 
+#include <QVector>
+
 #include <functional>
 
 class koReferenceModelItem;
@@ -26,11 +28,14 @@ public:
     // The same as rich text for painting: the name and file names escaped, so that a
     // node named "Bolt<M8> & Nut" shows as such.
     static QString richText(const kodReferenceNode& reference);
-    // The reference row behind an index of this model, null for any other row. Its
-    // texts are the cells' display texts, without a variant for each.
-    const koReferenceModelItem* referenceItem(const QModelIndex& index) const;
+    // The reference row at row of parent, null for any other row. Its texts are the
+    // cells' display texts, without a variant or an index for each.
+    const koReferenceModelItem* referenceItem(int row, const QModelIndex& parent) const;
+    // Every reference row the model holds now, each parent before its children.
+    QVector<const koReferenceModelItem*> referenceItems() const;
 
 private:
+    static const koReferenceModelItem* asReferenceItem(const koModelItem* item);
     static kodReferenceNode referenceOf(const koModelItem* item);
     static QString labelledName(const kodReferenceNode& reference,
                                 const std::function<QString(const QString&)>& escape);

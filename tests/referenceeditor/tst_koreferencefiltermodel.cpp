@@ -11,6 +11,7 @@
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koReferenceService.h>
 
+#include <QJsonArray>
 #include <QStandardItemModel>
 #include <QtTest>
 
@@ -44,6 +45,9 @@ private slots:
     void searchExpressions();
     void plainMatchingAgreesWithTheExpression_data();
     void plainMatchingAgreesWithTheExpression();
+    // Last: it loads a scene of its own.
+    void searchAheadAgreesWithRowByRow_data();
+    void searchAheadAgreesWithRowByRow();
 
 private:
     koTestHost m_host;
@@ -293,6 +297,51 @@ void tst_koReferenceFilterModel::plainMatchingAgreesWithTheExpression()
                             "x\u212A",   "\u017Fk",       "\U00010400", "plain k",        "kl"};
     for (const QString& text : texts)
         QVERIFY2(matcher.matches(text) == (text.indexOf(expression) >= 0), qPrintable(text));
+}
+
+void tst_koReferenceFilterModel::searchAheadAgreesWithRowByRow_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<bool>("caseSensitive");
+    QTest::addColumn<int>("syntax");
+
+    const int fixed = QRegExp::FixedString;
+    QTest::newRow("plain without case") << "BOLT 12" << false << fixed;
+    QTest::newRow("plain with case") << "b4" << true << fixed;
+    QTest::newRow("regular expression") << "^Bolt \\d*7 " << true << int(QRegExp::RegExp);
+    QTest::newRow("wildcard") << "*9?.obj" << false << int(QRegExp::Wildcard);
+}
+
+void tst_koReferenceFilterModel::searchAheadAgreesWithRowByRow()
+{
+    QFETCH(QString, pattern);
+    QFETCH(bool, caseSensitive);
+    QFETCH(int, syntax);
+
+    // More references than one thread's share of a search.
+    QJsonArray references;
+    for (int at = 0; at < 5000; ++at) {
+        references.append(koTestHost::reference(QStringLiteral("Bolt %1").arg(at), QString(),
+                                                QStringLiteral("b%1.obj").arg(at), {{"loaded", false}}));
+    }
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.writeProject(QStringLiteral("many.kpr"), references)));
+    koReferenceTreeModel model;
+    model.setHeader(koReferenceTreeModel::columnTitles());
+    model.setRootItem(new koReferenceFlatModelItem(kodNode()));
+    const QRegExp expression(pattern, caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive,
+                             QRegExp::PatternSyntax(syntax));
+    koReferenceFilterModel ahead;
+    ahead.setSourceModel(&model);
+    // Views read the rows as soon as the layout changes, while the search is applied.
+    QStringList seenByViews;
+    connect(&ahead, &QAbstractItemModel::layoutChanged, this, [&] { seenByViews = visibleNames(ahead); });
+    ahead.setSearchText(expression);
+    koReferenceFilterModel rowByRow;
+    rowByRow.setSourceModel(&model);
+    rowByRow.QSortFilterProxyModel::setFilterRegExp(expression);
+
+    QVERIFY(!seenByViews.isEmpty());
+    QCOMPARE(seenByViews, visibleNames(rowByRow));
 }
 
 QTEST_MAIN(tst_koReferenceFilterModel)

@@ -385,7 +385,8 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
     for (QTreeView* view : {m_module->m_treeView, m_module->m_smartColumns, m_module->m_sourceColumns})
         QVERIFY(view->isExpanded(fork));
 
-    m_module->m_searchBox->setText(QStringLiteral("fr*me"));
+    // Typed text is no pattern.
+    m_module->m_searchBox->setText(QStringLiteral("[f]rame"));
     QCOMPARE(m_module->filterModel()->rowCount(), 0);
 
     for (QAction* action : m_module->filterMenu()->menu()->actions()) {

@@ -54,6 +54,7 @@ struct DialogAnswer
     QString folder;
     bool missingOnly = false;
     bool accept = true;
+    bool subfolders = true;
 };
 
 void answerRepathDialog(koDialogDriver& driver, const DialogAnswer& answer)
@@ -63,6 +64,7 @@ void answerRepathDialog(koDialogDriver& driver, const DialogAnswer& answer)
         QVERIFY(repath);
         repath->m_newPath->setText(answer.folder);
         repath->m_affectedFiles->setCurrentIndex(answer.missingOnly ? 1 : 0);
+        repath->m_searchSubdirs->setChecked(answer.subfolders);
         (answer.accept ? repath->m_okButton : repath->m_cancelButton)->click();
     });
 }
@@ -165,6 +167,8 @@ void tst_koReferenceRepathFlow::repath_data()
         << QStringList{"B"} << someFiles << "accept" << QString() << QStringList() << notFound << unchanged << false;
     QTest::newRow("one node, one of its two links found")
         << QStringList{"A"} << QStringList{"new/a.obj"} << "accept" << QString() << QStringList() << notFound << unchanged << false;
+    QTest::newRow("sub-folders not searched")
+        << QStringList{"A"} << someFiles << "top only" << QString() << QStringList() << notFound << unchanged << false;
     QTest::newRow("empty folder") << QStringList{"A", "B"} << allFiles << "empty" << QString() << QStringList()
                                   << QString() << unchanged << false;
     QTest::newRow("dialog cancelled") << QStringList{"A", "B"} << allFiles << "reject" << QString() << QStringList()
@@ -211,7 +215,7 @@ void tst_koReferenceRepathFlow::repath()
 
     koDialogDriver driver;
     answerRepathDialog(driver, {dialog == "empty" ? QString() : m_host.path(QStringLiteral("new")),
-                                dialog == "missing only", dialog != "reject"});
+                                dialog == "missing only", dialog != "reject", dialog != "top only"});
     QStringList shownSummary;
     if (!summary.isEmpty()) {
         driver.handleDialog([&](QDialog* box) {

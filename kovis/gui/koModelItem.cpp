@@ -88,15 +88,17 @@ void koModelItem::setData(int column, int role, const QVariant& value)
 
 void koModelItem::setEditable(int column, bool editable)
 {
-    if (editable)
-        m_editableColumns.insert(column);
-    else
-        m_editableColumns.remove(column);
+    if (column < 0 || column >= maxEditableColumns) {
+        qWarning("koModelItem: column %d cannot be made editable", column);
+        return;
+    }
+    const quint64 bit = quint64(1) << column;
+    m_editableColumns = editable ? (m_editableColumns | bit) : (m_editableColumns & ~bit);
 }
 
 bool koModelItem::getEditable(int column) const
 {
-    return m_editableColumns.contains(column);
+    return column >= 0 && column < maxEditableColumns && (m_editableColumns >> column) & 1;
 }
 
 QVariant koModelItem::data(int column, int role) const

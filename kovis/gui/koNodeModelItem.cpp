@@ -53,6 +53,10 @@ QVariant koNodeModelItem::data(int column, int role) const
 
 void koNodeModelItem::reload()
 {
+    // Nothing is kept outside an edit: the old rows go first, or a reload of a large
+    // scene would hold two trees at once.
+    if (!isEditing())
+        setChildren({});
     QList<koModelItem*> children = createChildList();
     const QSet<koModelItem*> kept = isEditing() ? keepExistingChildren(children) : QSet<koModelItem*>();
     for (koModelItem* child : qAsConst(children)) {

@@ -6,7 +6,6 @@
 #include <QHash>
 #include <QIcon>
 #include <QList>
-#include <QSet>
 #include <QVariant>
 #include <QVector>
 
@@ -43,6 +42,7 @@ public:
     void setCheckState(int column, Qt::CheckState state);
     void setToolTip(int column, const QString& toolTip);
     void setData(int column, int role, const QVariant& value);
+    // Columns 0 to 63 can be made editable.
     void setEditable(int column, bool editable);
     bool getEditable(int column) const;
 
@@ -79,5 +79,8 @@ private:
     QVector<koModelItem*> m_children;
     int m_row = -1;
     QVector<QHash<int, QVariant>> m_values;
-    QSet<int> m_editableColumns;
+    static constexpr int maxEditableColumns = 64;
+
+    // A bit per column: a set would allocate for every row of a large tree.
+    quint64 m_editableColumns = 0;
 };

@@ -14,11 +14,6 @@ QFileInfo fileIn(const QString& folder, const QString& name)
     return QFileInfo(QDir(folder).filePath(name));
 }
 
-QString filePathIn(const QString& folder, const QString& name)
-{
-    return fileIn(folder, name).absoluteFilePath();
-}
-
 bool holds(const RepathFileIndex& index, const QString& name, const QFileInfo& trial)
 {
     return index.contains(name, QDir::fromNativeSeparators(trial.absolutePath()));
@@ -64,6 +59,22 @@ bool isPlainPath(const QString& path)
 }
 #endif
 
+// A name QDir and QFileInfo join to a folder as it is: not "." or "..", nor a resource path.
+bool isPlainName(const QString& name)
+{
+    return !name.isEmpty() && !name.startsWith(QLatin1Char('.')) && !name.startsWith(QLatin1Char(':'))
+        && !name.contains(QLatin1Char('/'));
+}
+
+QString filePathIn(const QString& folder, const QString& name)
+{
+    // The walk's folders are clean and absolute already: a run joins one for every
+    // candidate of every link.
+    if (isPlainPath(folder) && isPlainName(name))
+        return folder + QLatin1Char('/') + name;
+    return fileIn(folder, name).absoluteFilePath();
+}
+
 bool isAscii(const QString& text)
 {
     return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() - 1u < 0x7fu; });
@@ -106,6 +117,12 @@ QString tailMatch(const QString& oldPath, const QString& newDir, const QString& 
 // How many folders below newDir the file lies, which is the length of the tail it matched.
 int tailLength(const QString& newDir, const QString& file)
 {
+    const QString plainBase = QDir::fromNativeSeparators(newDir);
+    if (isPlainPath(plainBase) && isPlainPath(file) && file.startsWith(plainBase + QLatin1Char('/'))) {
+        const int folders = file.midRef(plainBase.size() + 1).count(QLatin1Char('/'));
+        if (folders > 0)
+            return folders;
+    }
     const QDir base(QDir::cleanPath(QFileInfo(newDir).absoluteFilePath()));
     return base.relativeFilePath(QFileInfo(file).absolutePath()).count(QLatin1Char('/')) + 1;
 }
@@ -204,6 +221,7 @@ QString findRepathTarget(const QString& oldPath, const QString& newDir, bool sea
 QVector<RepathLink> repathLinks(const QList<kodReferenceNode>& nodes, bool missingOnly, bool sources, bool smarts)
 {
     QVector<RepathLink> links;
+    links.reserve(nodes.size() * (int(sources) + int(smarts)));
     const auto add = [&](RepathTarget kind) {
         for (const kodReferenceNode& node : nodes) {
             const QString oldPath = linkPath(node, kind);

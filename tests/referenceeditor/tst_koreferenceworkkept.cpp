@@ -232,8 +232,7 @@ void tst_koReferenceWorkKept::saveAsWritesNewSubReferences()
     answerLocationDialog(driver, true);
 
     trigger(QStringLiteral("Save Smart As"), {QStringLiteral("Frame")});
-    QCOMPARE(driver.unexpected(), QStringList());
-    QCOMPARE(driver.pendingSteps(), 0);
+    QCOMPARE(driver.mismatches(), QStringList());
 
     QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("frame-copy.kpr"))));
     const kodReferenceNode fork = koTestHost::findReference(QStringLiteral("Fork"));
@@ -271,7 +270,7 @@ void tst_koReferenceWorkKept::hostSaveAsksOnceForNewSmartFiles()
 
     QCOMPARE(requests, 1);
     QCOMPARE(askedFor, copy);
-    QCOMPARE(driver.unexpected(), QStringList());
+    QCOMPARE(driver.mismatches(), QStringList());
     if (!accept) {
         QCOMPARE(outcome, koFileIOService::SaveOutcome::Cancelled);
         // The project stays where it was, as if Save As had not been chosen.

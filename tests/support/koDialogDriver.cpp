@@ -24,6 +24,14 @@ void koDialogDriver::handleDialog(std::function<void(QDialog*)> handler)
     m_steps.enqueue({false, QMessageBox::NoButton, false, std::move(handler)});
 }
 
+QStringList koDialogDriver::mismatches() const
+{
+    QStringList found = m_unexpected;
+    if (!m_steps.isEmpty())
+        found << QStringLiteral("%1 scripted dialog(s) never shown").arg(m_steps.size());
+    return found;
+}
+
 void koDialogDriver::poll()
 {
     m_seen.removeAll(nullptr);

@@ -45,9 +45,9 @@ public:
     void handleDialog(std::function<void(QDialog*)> handler);
 
     const QList<MessageBox>& messageBoxes() const { return m_messageBoxes; }
-    // Dialogs that came without a script or were left open by their handler.
-    const QStringList& unexpected() const { return m_unexpected; }
-    int pendingSteps() const { return m_steps.size(); }
+    // Dialogs that came without a script or were left open by their handler, and
+    // scripted ones that never came: empty when the code asked just what was expected.
+    QStringList mismatches() const;
 
 private:
     struct Step

@@ -5,7 +5,6 @@
 #include <kovis/koNodeService.h>
 #include <kovis/koReferenceService.h>
 
-#include <QSet>
 #include <QtTest>
 
 class tst_koHandles : public QObject
@@ -13,7 +12,6 @@ class tst_koHandles : public QObject
     Q_OBJECT
 
 private slots:
-    void identityIsTheObjectId();
     void staleHandleIsHarmless_data();
     void staleHandleIsHarmless();
     void lockAndVisibilityFollowAncestors();
@@ -21,23 +19,6 @@ private slots:
 private:
     koTestHost m_host;
 };
-
-void tst_koHandles::identityIsTheObjectId()
-{
-    const kodNode group = koService<koNodeService>()->createGroupNode(kodNode(), QStringLiteral("G"));
-    const kodReferenceNode asReference(group.getObjectId());
-    kodNode copy;
-    copy = group;
-
-    QCOMPARE(copy, group);
-    QVERIFY(asReference == group);
-    QCOMPARE(qHash(asReference), qHash(group));
-    QCOMPARE(copy.getTypeId(), group.getTypeId());
-    QVERIFY(group != koService<koNodeService>()->getRootNode());
-    QSet<kodNode> set{group, copy, koService<koNodeService>()->getRootNode()};
-    QCOMPARE(set.size(), 2);
-    QVERIFY(kodReferenceNode(0).isNull());
-}
 
 void tst_koHandles::staleHandleIsHarmless_data()
 {

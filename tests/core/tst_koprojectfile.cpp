@@ -24,9 +24,6 @@ private slots:
     void badProjectLoadsNothing();
     void referenceIncludingItselfStaysUnloaded_data();
     void referenceIncludingItselfStaysUnloaded();
-    void movedProjectFolderKeepsItsLinks();
-    void pathsOutsideTheFolderStayAbsolute();
-    void savedProjectLoadsIntoTheSameScene();
     void failedSaveKeepsFileAndScene();
     void saveLeavesNoTemporaryFiles();
     void awkwardValuesSurviveSaving_data();
@@ -63,13 +60,6 @@ QByteArray referenceTo(const QByteArray& name, const QByteArray& smart)
 {
     return project("{\"type\": \"group\", \"name\": \"" + name + "\", \"children\": [{\"type\": \"reference\", "
                    "\"name\": \"" + name + " ref\", \"smart\": \"" + smart + "\"}]}");
-}
-
-// Ids differ from one load to the next; the rest of the scene must not.
-QString sceneWithoutIds()
-{
-    static const QRegularExpression ids(QStringLiteral("\"(id|shareKey)\":\"\\d+\",?"));
-    return QString::fromUtf8(koTestHost::sceneSnapshot()).remove(ids);
 }
 
 QStringList filesIn(const QString& folder)
@@ -268,60 +258,6 @@ void tst_koProjectFile::referenceIncludingItselfStaysUnloaded()
     QVERIFY(!cyclic.isLoaded());
     QCOMPARE(cyclic.getChildCount(), 0u);
     QVERIFY2(lastLogMessage().contains("includes itself"), qPrintable(lastLogMessage()));
-}
-
-void tst_koProjectFile::movedProjectFolderKeepsItsLinks()
-{
-    m_host.writeFile(QStringLiteral("project/parts/wheel.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Wheel\nf 1 2 3\n");
-    m_host.writeProject(QStringLiteral("project/parts/wheel.kpr"), {koTestHost::geometry("Rim")});
-    const QString main = m_host.writeProject(
-        QStringLiteral("project/main.kpr"), {koTestHost::reference("Wheel", "parts/wheel.kpr", "parts/wheel.obj")});
-    QVERIFY(koService<koFileIOService>()->loadProject(main));
-    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/saved.kpr"))));
-
-    QVERIFY(QDir().rename(m_host.path(QStringLiteral("project")), m_host.path(QStringLiteral("moved"))));
-    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("moved/saved.kpr"))));
-
-    const kodReferenceNode wheel = koService<koReferenceService>()->getSceneReferences().at(1);
-    QCOMPARE(wheel.getSmartPath(), m_host.path(QStringLiteral("moved/parts/wheel.kpr")));
-    QCOMPARE(wheel.getSourcePath(), m_host.path(QStringLiteral("moved/parts/wheel.obj")));
-    QCOMPARE(wheel.getSmartFileState(), koReferenceTypes::UpToDate);
-    QCOMPARE(wheel.getChild(0).getName(), QStringLiteral("Rim"));
-}
-
-void tst_koProjectFile::pathsOutsideTheFolderStayAbsolute()
-{
-    const QString outside = m_host.writeFile(QStringLiteral("library/bolt.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
-    const QString main = m_host.writeProject(QStringLiteral("project/main.kpr"),
-                                             {koTestHost::reference("Bolt", QString(), outside)});
-    QVERIFY(koService<koFileIOService>()->loadProject(main));
-    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("project/copy.kpr"))));
-
-    QFile saved(m_host.path(QStringLiteral("project/copy.kpr")));
-    QVERIFY(saved.open(QIODevice::ReadOnly));
-    const QJsonObject bolt = QJsonDocument::fromJson(saved.readAll())["root"]["children"][0].toObject();
-    QCOMPARE(bolt["source"].toString(), outside);
-}
-
-void tst_koProjectFile::savedProjectLoadsIntoTheSameScene()
-{
-    m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\ng Top\nf 1 2 3\ng Bottom\nf 1 2 3\n");
-    QJsonObject transformed = koTestHost::group("Moved", {koTestHost::geometry("Inner")});
-    transformed.insert(QStringLiteral("transform"), QJsonArray{1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
-    transformed.insert(QStringLiteral("locked"), true);
-    QJsonObject hidden = koTestHost::reference("Hidden", QString(), "a.obj");
-    hidden.insert(QStringLiteral("visible"), false);
-    const QString main = m_host.writeProject(QStringLiteral("main.kpr"),
-                                             {transformed, hidden, koTestHost::reference("Unloaded", QString(), "a.obj",
-                                                                                         {{"loaded", false}})});
-    QVERIFY(koService<koFileIOService>()->loadProject(main));
-    const QList<kodNode> top = koService<koReferenceService>()->getSceneReferences().first().getChildren();
-    QCOMPARE(top.first().getWorldTransform().column(3).x(), 5.0f);
-
-    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("copy.kpr"))));
-    const QString before = sceneWithoutIds();
-    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("copy.kpr"))));
-    QCOMPARE(sceneWithoutIds(), before);
 }
 
 void tst_koProjectFile::failedSaveKeepsFileAndScene()

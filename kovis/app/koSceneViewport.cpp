@@ -1,5 +1,7 @@
 #include "koSceneViewport.h"
 
+#include "koDepthMap.h"
+#include "koViewFrustum.h"
 #include "koViewportGeometry.h"
 
 #include <QElapsedTimer>
@@ -13,40 +15,41 @@
 
 namespace {
 
-enum Attribute { Position, Colour, Highlight };
+enum Attribute { Position, Colour, Normal, Highlight };
 
 // GLSL 1.20 runs on every desktop OpenGL from 2.1 on, Mesa's software renderer among them.
+// Each vertex is lit with the normal of the triangles that end in it, and flat shading
+// gives that colour to the whole triangle, so that a fragment costs no more than a write.
+// The light comes from the eye and reaches both sides, as open meshes show either.
 const char* vertexShader = R"(#version 120
 attribute vec3 position;
 attribute vec4 colour;
+attribute vec3 normal;
 attribute float highlight;
 uniform mat4 view;
 uniform mat4 projection;
+uniform mat3 normalToEye;
 uniform vec3 highlightColour;
-varying vec3 eyePosition;
-varying vec3 baseColour;
+uniform float edges;
 void main()
 {
-    vec4 eye = view * vec4(position, 1.0);
-    gl_Position = projection * eye;
-    eyePosition = eye.xyz;
-    baseColour = mix(colour.rgb, highlightColour, highlight);
+    gl_Position = projection * (view * vec4(position, 1.0));
+    vec3 base = mix(colour.rgb, highlightColour, highlight);
+    float light = 0.3 + 0.7 * abs(normalize(normalToEye * normal).z);
+    gl_FrontColor = vec4(mix(base * light, base * 0.25, edges), 1.0);
 }
 )";
 
-// Each triangle's normal from how the position changes across it, so that vertices are
-// shared; lit by a head light on both sides, as imported meshes do not agree on winding.
 const char* fragmentShader = R"(#version 120
-uniform float edges;
-varying vec3 eyePosition;
-varying vec3 baseColour;
 void main()
 {
-    vec3 normal = normalize(cross(dFdx(eyePosition), dFdy(eyePosition)));
-    float light = 0.3 + 0.7 * abs(dot(normal, normalize(eyePosition)));
-    gl_FragColor = vec4(mix(baseColour * light, baseColour * 0.25, edges), 1.0);
+    gl_FragColor = gl_Color;
 }
 )";
+
+// A box grown by this part of its size, and a little more, is sure to lie in front of
+// what it holds wherever that can be seen.
+constexpr float boxMargin = 1e-3f;
 
 } // namespace
 
@@ -83,11 +86,13 @@ void koSceneViewport::initializeGL()
 {
     initializeOpenGLFunctions();
     connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &koSceneViewport::releaseBuffers);
+    m_legacy = context()->versionFunctions<QOpenGLFunctions_2_1>();
     auto program = std::make_unique<QOpenGLShaderProgram>();
     program->bindAttributeLocation("position", Position);
     program->bindAttributeLocation("colour", Colour);
+    program->bindAttributeLocation("normal", Normal);
     program->bindAttributeLocation("highlight", Highlight);
-    if (!program->addShaderFromSourceCode(QOpenGLShader::Vertex, vertexShader)
+    if (!m_legacy || !program->addShaderFromSourceCode(QOpenGLShader::Vertex, vertexShader)
         || !program->addShaderFromSourceCode(QOpenGLShader::Fragment, fragmentShader) || !program->link()) {
         emit unavailable(tr("The 3D view needs OpenGL 2.1, which %1 does not offer.\n\n%2")
                              .arg(QString::fromLatin1(reinterpret_cast<const char*>(glGetString(GL_RENDERER))),
@@ -141,7 +146,9 @@ void koSceneViewport::upload()
             buffers.vertices.allocate(chunk.vertices.data(), int(chunk.vertices.size() * sizeof(koViewportVertex)));
             buffers.indices.bind();
             buffers.indices.allocate(chunk.indices.data(), int(chunk.indices.size() * sizeof(quint32)));
-            buffers.count = int(chunk.indices.size());
+            buffers.cullBackFaces = chunk.cullBackFaces;
+            buffers.clusters = chunk.clusters;
+            buffers.seen.assign(chunk.clusters.size(), true);
             chunk.verticesChanged = false;
             chunk.highlightChanged = true;
         }
@@ -153,60 +160,141 @@ void koSceneViewport::upload()
     }
 }
 
+// Clusters that the last frame saw are drawn first; the boxes of the others are then
+// tested against that depth, and those not wholly behind it drawn too. So the picture is
+// whole however the camera or the scene changed; testing the boxes of all drawn clusters
+// against the finished depth tells the next frame which to draw first.
 void koSceneViewport::drawChunks(int step)
 {
+    std::vector<ClusterRef> seen;
+    std::vector<ClusterRef> unseen;
+    sortClustersInView(step, seen, unseen);
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
     glDepthMask(GL_TRUE);
     glDisable(GL_BLEND);
-    glDisable(GL_CULL_FACE);
+    glCullFace(GL_BACK);
+    glFrontFace(GL_CCW);
     glClear(GL_DEPTH_BUFFER_BIT);
+    m_legacy->glShadeModel(GL_FLAT);
+    // Edges are the triangles' outlines drawn over the shaded triangles, which step back
+    // a little in depth for them.
+    if (m_showEdges) {
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(1.0f, 1.0f);
+    }
+    drawClusters(seen, 0.0f);
+    const std::vector<ClusterRef> found = unhidden(unseen);
+    drawClusters(found, 0.0f);
+    if (m_showEdges) {
+        glDisable(GL_POLYGON_OFFSET_FILL);
+        m_legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+        drawClusters(seen, 1.0f);
+        drawClusters(found, 1.0f);
+        m_legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    }
+    glDisable(GL_CULL_FACE);
+    m_legacy->glShadeModel(GL_SMOOTH);
+    setSeen(seen, false);
+    setSeen(unhidden(seen), true);
+    setSeen(found, true);
+}
+
+void koSceneViewport::sortClustersInView(int step, std::vector<ClusterRef>& seen, std::vector<ClusterRef>& unseen) const
+{
+    const koViewFrustum frustum(m_camera.projection(aspect()) * m_camera.view());
+    for (int chunk = 0; chunk < int(m_buffers.size()); chunk += step) {
+        const ChunkBuffers& buffers = *m_buffers[size_t(chunk)];
+        for (int cluster = 0; cluster < int(buffers.clusters.size()); ++cluster) {
+            const koViewportGeometry::Chunk::Cluster& box = buffers.clusters[size_t(cluster)];
+            if (frustum.mayShow(box.low, box.high))
+                (buffers.seen[size_t(cluster)] ? seen : unseen).push_back({chunk, cluster});
+        }
+    }
+}
+
+void koSceneViewport::setSeen(const std::vector<ClusterRef>& clusters, bool seen)
+{
+    for (const ClusterRef& ref : clusters)
+        m_buffers[size_t(ref.chunk)]->seen[size_t(ref.cluster)] = seen;
+}
+
+void koSceneViewport::setUpGeometryProgram()
+{
     m_program->bind();
-    m_program->setUniformValue("view", m_camera.view());
+    const QMatrix4x4 view = m_camera.view();
+    m_program->setUniformValue("view", view);
+    m_program->setUniformValue("normalToEye", view.normalMatrix());
     m_program->setUniformValue("projection", m_camera.projection(aspect()));
     const QColor highlight = koViewportGeometry::highlightColour();
     m_program->setUniformValue("highlightColour", QVector3D(float(highlight.redF()), float(highlight.greenF()),
                                                             float(highlight.blueF())));
-    for (int attribute : {Position, Colour, Highlight})
+}
+
+void koSceneViewport::drawClusters(const std::vector<ClusterRef>& clusters, float edges)
+{
+    if (clusters.empty())
+        return;
+    setUpGeometryProgram();
+    m_program->setUniformValue("edges", edges);
+    for (int attribute : {Position, Colour, Normal, Highlight})
         m_program->enableAttributeArray(attribute);
-    // Edges are the triangles' outlines drawn over the shaded triangles, which step back
-    // a little in depth for them.
-    auto* legacy = m_showEdges ? QOpenGLContext::currentContext()->versionFunctions<QOpenGLFunctions_2_1>() : nullptr;
-    if (legacy) {
-        glEnable(GL_POLYGON_OFFSET_FILL);
-        glPolygonOffset(1.0f, 1.0f);
+    const int stride = int(sizeof(koViewportVertex));
+    std::vector<GLsizei> counts;
+    std::vector<const void*> offsets;
+    // The clusters come chunk by chunk; each chunk draws its own in one call.
+    for (size_t first = 0; first < clusters.size();) {
+        const int chunk = clusters[first].chunk;
+        ChunkBuffers& buffers = *m_buffers[size_t(chunk)];
+        counts.clear();
+        offsets.clear();
+        for (; first < clusters.size() && clusters[first].chunk == chunk; ++first) {
+            const koViewportGeometry::Chunk::Cluster& cluster = buffers.clusters[size_t(clusters[first].cluster)];
+            counts.push_back(cluster.indexCount);
+            offsets.push_back(reinterpret_cast<const void*>(size_t(cluster.firstIndex) * sizeof(quint32)));
+        }
+        if (buffers.cullBackFaces)
+            glEnable(GL_CULL_FACE);
+        else
+            glDisable(GL_CULL_FACE);
+        buffers.vertices.bind();
+        m_program->setAttributeBuffer(Position, GL_FLOAT, int(offsetof(koViewportVertex, position)), 3, stride);
+        glVertexAttribPointer(Colour, 4, GL_UNSIGNED_BYTE, GL_TRUE, stride,
+                              reinterpret_cast<const void*>(offsetof(koViewportVertex, colour)));
+        glVertexAttribPointer(Normal, 3, GL_BYTE, GL_TRUE, stride,
+                              reinterpret_cast<const void*>(offsetof(koViewportVertex, normal)));
+        buffers.highlight.bind();
+        glVertexAttribPointer(Highlight, 1, GL_UNSIGNED_BYTE, GL_TRUE, 1, nullptr);
+        buffers.indices.bind();
+        m_legacy->glMultiDrawElements(GL_TRIANGLES, counts.data(), GL_UNSIGNED_INT, offsets.data(),
+                                      GLsizei(counts.size()));
     }
-    drawPass(0.0f, step);
-    if (legacy) {
-        glDisable(GL_POLYGON_OFFSET_FILL);
-        legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
-        drawPass(1.0f, step);
-        legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-    }
-    for (int attribute : {Position, Colour, Highlight})
+    for (int attribute : {Position, Colour, Normal, Highlight})
         m_program->disableAttributeArray(attribute);
     QOpenGLBuffer::release(QOpenGLBuffer::VertexBuffer);
     QOpenGLBuffer::release(QOpenGLBuffer::IndexBuffer);
     m_program->release();
 }
 
-void koSceneViewport::drawPass(float edges, int step)
+std::vector<koSceneViewport::ClusterRef> koSceneViewport::unhidden(const std::vector<ClusterRef>& clusters)
 {
-    m_program->setUniformValue("edges", edges);
-    const int stride = int(sizeof(koViewportVertex));
-    for (size_t i = 0; i < m_buffers.size(); i += size_t(step)) {
-        const std::unique_ptr<ChunkBuffers>& buffers = m_buffers[i];
-        if (buffers->count == 0)
-            continue;
-        buffers->vertices.bind();
-        m_program->setAttributeBuffer(Position, GL_FLOAT, int(offsetof(koViewportVertex, position)), 3, stride);
-        glVertexAttribPointer(Colour, 4, GL_UNSIGNED_BYTE, GL_TRUE, stride,
-                              reinterpret_cast<const void*>(offsetof(koViewportVertex, colour)));
-        buffers->highlight.bind();
-        glVertexAttribPointer(Highlight, 1, GL_UNSIGNED_BYTE, GL_TRUE, 1, nullptr);
-        buffers->indices.bind();
-        glDrawElements(GL_TRIANGLES, buffers->count, GL_UNSIGNED_INT, nullptr);
+    if (clusters.empty())
+        return clusters;
+    const int width = qRound(this->width() * devicePixelRatioF());
+    const int height = qRound(this->height() * devicePixelRatioF());
+    std::vector<float> depth(size_t(width) * size_t(height));
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depth.data());
+    const koDepthMap map(depth, width, height);
+    const QMatrix4x4 viewProjection = m_camera.projection(aspect()) * m_camera.view();
+    std::vector<ClusterRef> found;
+    for (const ClusterRef& ref : clusters) {
+        const koViewportGeometry::Chunk::Cluster& cluster = m_buffers[size_t(ref.chunk)]->clusters[size_t(ref.cluster)];
+        const QVector3D margin = (cluster.high - cluster.low) * boxMargin + QVector3D(1, 1, 1) * 1e-6f;
+        if (!map.hides(cluster.low - margin, cluster.high + margin, viewProjection))
+            found.push_back(ref);
     }
+    return found;
 }
 
 float koSceneViewport::aspect() const

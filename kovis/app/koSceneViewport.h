@@ -1,6 +1,7 @@
 #pragma once
 
 #include "koOrbitCamera.h"
+#include "koViewportGeometry.h"
 
 #include <QOpenGLBuffer>
 #include <QOpenGLFunctions>
@@ -10,11 +11,12 @@
 #include <memory>
 #include <vector>
 
-class koViewportGeometry;
+class QOpenGLFunctions_2_1;
 
-// Draws the merged geometry of the scene, shaded, with triangle edges on request, and
-// turns the mouse into camera moves: left drag orbits, middle drag or Shift with left
-// drag pans, the wheel zooms.
+// Draws the merged geometry of the scene, shaded, with triangle edges on request, leaving
+// out the clusters that lie out of view or wholly behind what is drawn; and turns the mouse
+// into camera moves: left drag orbits, middle drag or Shift with left drag pans, the wheel
+// zooms.
 class koSceneViewport : public QOpenGLWidget, protected QOpenGLFunctions
 {
     Q_OBJECT
@@ -45,22 +47,38 @@ private:
         QOpenGLBuffer vertices{QOpenGLBuffer::VertexBuffer};
         QOpenGLBuffer highlight{QOpenGLBuffer::VertexBuffer};
         QOpenGLBuffer indices{QOpenGLBuffer::IndexBuffer};
-        // Indices to draw.
-        int count = 0;
+        bool cullBackFaces = false;
+        std::vector<koViewportGeometry::Chunk::Cluster> clusters;
+        // Whether the last frame saw each cluster.
+        std::vector<bool> seen;
+    };
+    // A cluster of a chunk.
+    struct ClusterRef
+    {
+        int chunk;
+        int cluster;
     };
 
     void fit(bool selectionOnly);
     void upload();
     // step: draw every step-th chunk.
     void drawChunks(int step);
+    // The clusters of every step-th chunk that may be in view, as the last frame saw them.
+    void sortClustersInView(int step, std::vector<ClusterRef>& seen, std::vector<ClusterRef>& unseen) const;
+    void setSeen(const std::vector<ClusterRef>& clusters, bool seen);
+    void setUpGeometryProgram();
     // edges: 1 to draw outlines in the edge colour, 0 to shade.
-    void drawPass(float edges, int step);
+    void drawClusters(const std::vector<ClusterRef>& clusters, float edges);
+    // Those of the clusters whose boxes the depth drawn so far does not wholly hide.
+    std::vector<ClusterRef> unhidden(const std::vector<ClusterRef>& clusters);
     void releaseBuffers();
     float aspect() const;
 
     koViewportGeometry* m_geometry;
     koOrbitCamera m_camera;
     std::unique_ptr<QOpenGLShaderProgram> m_program;
+    // Owned by the context: flat shading, polygon modes, several draws in one call.
+    QOpenGLFunctions_2_1* m_legacy = nullptr;
     std::vector<std::unique_ptr<ChunkBuffers>> m_buffers;
     QPoint m_lastPosition;
     bool m_showEdges = false;

@@ -1,6 +1,7 @@
 #include "koViewportGeometry.h"
 
 #include "koSceneStore.h"
+#include "koViewportMesh.h"
 
 #include <algorithm>
 #include <array>
@@ -26,6 +27,24 @@ const std::array<QColor, 9>& palette()
         QColor(0x8e, 0x6f, 0xb0), QColor(0xc8, 0xcc, 0xd0), QColor(0x6a, 0x9e, 0x4f),
         QColor(0xb0, 0x48, 0x5e), QColor(0x4a, 0x56, 0x66), QColor(0x7f, 0xa7, 0xd9)};
     return colours;
+}
+
+// Spreads the ten low bits of the value to every third bit.
+quint32 spreadBits(quint32 value)
+{
+    value &= 0x3ff;
+    value = (value | value << 16) & 0x030000ff;
+    value = (value | value << 8) & 0x0300f00f;
+    value = (value | value << 4) & 0x030c30c3;
+    value = (value | value << 2) & 0x09249249;
+    return value;
+}
+
+// The place along a curve that visits a grid of 1024 cells a side cell by cell, each block
+// of it before the next.
+quint32 mortonCode(const QVector3D& cell)
+{
+    return spreadBits(quint32(cell.x())) | spreadBits(quint32(cell.y())) << 1 | spreadBits(quint32(cell.z())) << 2;
 }
 
 } // namespace
@@ -72,7 +91,7 @@ void koViewportGeometry::rebuild()
 {
     m_chunks.clear();
     m_items.clear();
-    m_openChunk = -1;
+    m_openChunks[0] = m_openChunks[1] = -1;
     if (isShown(m_store->rootId()))
         addSubtree(m_store->rootId());
 }
@@ -114,6 +133,44 @@ void koViewportGeometry::addSubtree(quint64 id)
 {
     if (const koNodeRecord* node = m_store->node(id))
         addNode(*node, placementOf(node->parent));
+    addPendingMeshes();
+}
+
+// Meshes go into the chunks in the order of a curve through space, so that the nodes of a
+// cluster lie near each other and whole clusters can be skipped where out of view or hidden.
+void koViewportGeometry::addPendingMeshes()
+{
+    std::vector<QVector3D> centres;
+    centres.reserve(m_pending.size());
+    for (const PendingMesh& pending : m_pending)
+        centres.push_back(pending.placement.world.map(drawnMesh(*pending.mesh).centre()));
+    QVector3D low = centres.empty() ? QVector3D() : centres.front();
+    QVector3D high = low;
+    for (const QVector3D& centre : centres) {
+        low = lowest(low, centre);
+        high = highest(high, centre);
+    }
+    const QVector3D scale = QVector3D(1023, 1023, 1023) / highest(high - low, QVector3D(1e-9f, 1e-9f, 1e-9f));
+    std::vector<std::pair<quint32, size_t>> order;
+    order.reserve(m_pending.size());
+    for (size_t index = 0; index < centres.size(); ++index)
+        order.emplace_back(mortonCode((centres[index] - low) * scale), index);
+    std::stable_sort(order.begin(), order.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& entry : order) {
+        const PendingMesh& pending = m_pending[entry.second];
+        addMesh(pending.node, *pending.mesh, pending.placement);
+    }
+    m_pending.clear();
+    m_drawnMeshes.clear();
+}
+
+const koViewportMesh& koViewportGeometry::drawnMesh(const koMesh& mesh)
+{
+    std::unique_ptr<koViewportMesh>& drawn = m_drawnMeshes[&mesh];
+    if (!drawn)
+        drawn = std::make_unique<koViewportMesh>(mesh);
+    return *drawn;
 }
 
 void koViewportGeometry::addNode(const koNodeRecord& node, const Placement& above)
@@ -124,7 +181,7 @@ void koViewportGeometry::addNode(const koNodeRecord& node, const Placement& abov
         placement.colour = colourOf(node.shareKey);
     placement.highlighted = placement.highlighted || m_selection.contains(node.id);
     if (node.mesh)
-        addMesh(node.id, *node.mesh, placement);
+        m_pending.push_back({node.id, node.mesh.get(), placement});
     for (quint64 child : node.children) {
         const koNodeRecord* record = m_store->node(child);
         if (record && record->visible)
@@ -134,48 +191,71 @@ void koViewportGeometry::addNode(const koNodeRecord& node, const Placement& abov
 
 void koViewportGeometry::addMesh(quint64 id, const koMesh& mesh, const Placement& placement)
 {
-    const int vertexCount = mesh.positions.size();
-    const int indexCount = mesh.triangles.size() / 3 * 3;
-    if (indexCount == 0 || vertexCount == 0)
+    const koViewportMesh& drawn = drawnMesh(mesh);
+    const int vertexCount = int(drawn.sources().size());
+    const std::vector<quint32>& triangles = drawn.triangles();
+    if (triangles.empty())
         return;
-    const int index = chunkWithRoom(vertexCount);
+    const int index = chunkWithRoom(vertexCount, drawn.isClosed());
     Chunk& chunk = m_chunks[size_t(index)];
     const int firstVertex = int(chunk.vertices.size());
     const int firstIndex = int(chunk.indices.size());
     const quint8 colour[4] = {quint8(placement.colour.red()), quint8(placement.colour.green()),
                               quint8(placement.colour.blue()), 255};
+    const QMatrix4x4 normalToWorld = placement.world.inverted().transposed();
     Item item{index, firstVertex, vertexCount, placement.highlighted,
               placement.world.map(mesh.positions.first()), placement.world.map(mesh.positions.first())};
-    for (const QVector3D& position : mesh.positions) {
-        const QVector3D world = placement.world.map(position);
-        chunk.vertices.push_back({{world.x(), world.y(), world.z()}, {colour[0], colour[1], colour[2], colour[3]}});
+    for (int vertex = 0; vertex < vertexCount; ++vertex) {
+        const QVector3D world = placement.world.map(mesh.positions.at(int(drawn.sources()[size_t(vertex)])));
+        const QVector3D normal = normalToWorld.mapVector(drawn.normals()[size_t(vertex)]).normalized() * 127.0f;
+        chunk.vertices.push_back({{world.x(), world.y(), world.z()},
+                                  {colour[0], colour[1], colour[2], colour[3]},
+                                  {qint8(qRound(normal.x())), qint8(qRound(normal.y())), qint8(qRound(normal.z())), 0}});
         item.low = lowest(item.low, world);
         item.high = highest(item.high, world);
     }
     chunk.highlight.resize(size_t(firstVertex + vertexCount), placement.highlighted ? 255 : 0);
-    for (int corner = 0; corner < indexCount; ++corner) {
-        const quint32 vertex = mesh.triangles.at(corner);
-        chunk.indices.push_back(quint32(firstVertex) + (vertex < quint32(vertexCount) ? vertex : 0));
+    // A mirroring placement turns the winding over; the last corner stays last.
+    const bool mirrored = placement.world.determinant() < 0.0;
+    for (size_t first = 0; first < triangles.size(); first += 3) {
+        chunk.indices.push_back(quint32(firstVertex) + triangles[first + (mirrored ? 1 : 0)]);
+        chunk.indices.push_back(quint32(firstVertex) + triangles[first + (mirrored ? 0 : 1)]);
+        chunk.indices.push_back(quint32(firstVertex) + triangles[first + 2]);
     }
-    chunk.entries.push_back({id, firstVertex, vertexCount, firstIndex, indexCount});
+    chunk.entries.push_back({id, firstVertex, vertexCount, firstIndex, int(triangles.size())});
+    addToCluster(chunk, firstIndex, int(triangles.size()), item);
     chunk.verticesChanged = true;
     m_items.insert(id, item);
 }
 
-int koViewportGeometry::chunkWithRoom(int count)
+void koViewportGeometry::addToCluster(Chunk& chunk, int firstIndex, int indexCount, const Item& item)
+{
+    if (chunk.clusters.empty() || chunk.clusters.back().vertexCount >= clusterCapacity)
+        chunk.clusters.push_back({firstIndex, 0, 0, item.low, item.high});
+    Chunk::Cluster& cluster = chunk.clusters.back();
+    cluster.indexCount += indexCount;
+    cluster.vertexCount += item.vertexCount;
+    cluster.low = lowest(cluster.low, item.low);
+    cluster.high = highest(cluster.high, item.high);
+}
+
+int koViewportGeometry::chunkWithRoom(int count, bool closed)
 {
     const auto fits = [&](int index) {
-        const size_t size = m_chunks[size_t(index)].vertices.size();
-        return size == 0 || size + size_t(count) <= size_t(chunkCapacity);
+        const Chunk& chunk = m_chunks[size_t(index)];
+        const size_t size = chunk.vertices.size();
+        return size == 0 || (chunk.cullBackFaces == closed && size + size_t(count) <= size_t(chunkCapacity));
     };
-    if (m_openChunk >= 0 && fits(m_openChunk))
-        return m_openChunk;
-    for (int index = 0; index < int(m_chunks.size()); ++index) {
-        if (fits(index))
-            return m_openChunk = index;
+    int& open = m_openChunks[closed ? 1 : 0];
+    if (open < 0 || !fits(open)) {
+        const auto room = std::find_if(m_chunks.begin(), m_chunks.end(),
+                                       [&](const Chunk& chunk) { return fits(int(&chunk - m_chunks.data())); });
+        open = int(room - m_chunks.begin());
+        if (room == m_chunks.end())
+            m_chunks.emplace_back();
     }
-    m_chunks.emplace_back();
-    return m_openChunk = int(m_chunks.size()) - 1;
+    m_chunks[size_t(open)].cullBackFaces = closed;
+    return open;
 }
 
 void koViewportGeometry::removeSubtree(quint64 id)
@@ -216,6 +296,7 @@ void koViewportGeometry::compactChunk(int index)
 {
     Chunk& chunk = m_chunks[size_t(index)];
     Chunk kept;
+    kept.cullBackFaces = chunk.cullBackFaces;
     for (const Chunk::Entry& entry : chunk.entries) {
         // An entry is stale when its node was removed, or removed and added again elsewhere.
         const auto it = m_items.find(entry.node);
@@ -223,6 +304,7 @@ void koViewportGeometry::compactChunk(int index)
             continue;
         it->firstVertex = int(kept.vertices.size());
         kept.entries.push_back({entry.node, it->firstVertex, entry.vertexCount, int(kept.indices.size()), entry.indexCount});
+        addToCluster(kept, int(kept.indices.size()), entry.indexCount, *it);
         const auto vertices = chunk.vertices.begin() + entry.firstVertex;
         kept.vertices.insert(kept.vertices.end(), vertices, vertices + entry.vertexCount);
         const auto highlight = chunk.highlight.begin() + entry.firstVertex;

@@ -8,19 +8,24 @@
 #include <QVector3D>
 #include <QVector>
 
+#include <memory>
+#include <unordered_map>
 #include <vector>
 
 class koSceneStore;
+class koViewportMesh;
 struct koMesh;
 struct koNodeRecord;
 
-// One vertex of a drawn mesh, in world space. Triangles share their vertices; the shader
-// finds each triangle's normal itself, so that a mesh costs its vertices, not three per
-// triangle.
+// One vertex of a drawn mesh, in world space. Triangles share their vertices; a vertex
+// carries the normal of the triangles that end in it (see koViewportMesh), so that a mesh
+// costs about its vertices, not three per triangle.
 struct koViewportVertex
 {
     float position[3];
     quint8 colour[4];
+    // Scaled to -127..127; the fourth is padding.
+    qint8 normal[4];
 };
 
 // The visible geometry of the scene merged into few large vertex arrays (chunks), so
@@ -41,6 +46,19 @@ public:
         // Set when the arrays changed since the drawing side last took them.
         bool verticesChanged = true;
         bool highlightChanged = true;
+        // Holds closed meshes only, wound outward, whose back faces are hidden by their front.
+        bool cullBackFaces = false;
+        // Nodes near each other, drawn or skipped together: a run of indices and the box
+        // around what they draw.
+        struct Cluster
+        {
+            int firstIndex;
+            int indexCount;
+            int vertexCount;
+            QVector3D low;
+            QVector3D high;
+        };
+        std::vector<Cluster> clusters;
 
     private:
         friend class koViewportGeometry;
@@ -58,6 +76,8 @@ public:
 
     // A chunk is closed for new nodes once it holds this many vertices.
     static constexpr int chunkCapacity = 1 << 16;
+    // A cluster is closed once it holds this many vertices.
+    static constexpr int clusterCapacity = 512;
 
     explicit koViewportGeometry(koSceneStore* store, QObject* parent = nullptr);
     ~koViewportGeometry() override;
@@ -95,11 +115,19 @@ private:
         QColor colour;
         bool highlighted;
     };
+    struct PendingMesh
+    {
+        quint64 node;
+        const koMesh* mesh;
+        Placement placement;
+    };
 
     void rebuild();
     void addSubtree(quint64 id);
     void addNode(const koNodeRecord& node, const Placement& placement);
+    void addPendingMeshes();
     void addMesh(quint64 id, const koMesh& mesh, const Placement& placement);
+    static void addToCluster(Chunk& chunk, int firstIndex, int indexCount, const Item& item);
     void removeSubtree(quint64 id);
     void removeNode(quint64 id);
     void refreshVisibility(quint64 id);
@@ -107,12 +135,18 @@ private:
     bool isShown(quint64 id) const;
     bool isSelectedAtOrAbove(quint64 id) const;
     Placement placementOf(quint64 id) const;
-    int chunkWithRoom(int count);
+    const koViewportMesh& drawnMesh(const koMesh& mesh);
+    int chunkWithRoom(int count, bool closed);
     void compactChunk(int index);
 
     koSceneStore* m_store;
     std::vector<Chunk> m_chunks;
     QHash<quint64, Item> m_items;
     QSet<quint64> m_selection;
-    int m_openChunk = -1;
+    // The meshes of the subtree being added, placed once it is walked.
+    std::vector<PendingMesh> m_pending;
+    // Meshes are shared between nodes; how they are drawn is kept while one subtree is added.
+    std::unordered_map<const koMesh*, std::unique_ptr<koViewportMesh>> m_drawnMeshes;
+    // The chunk last filled, for open meshes and for closed ones.
+    int m_openChunks[2] = {-1, -1};
 };

@@ -1,10 +1,13 @@
 #include "koHostSession.h"
+#include "koReferenceEngine.h"
+#include "koSceneStore.h"
 #include "koSceneViewport.h"
 #include "koTestHost.h"
 #include "koViewport.h"
 #include "koViewportGeometry.h"
 
 #include <kovis/koFileIOService.h>
+#include <kovis/koHost.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koTreeService.h>
 #include <kovis/koUndoStack.h>
@@ -17,6 +20,16 @@
 
 Q_DECLARE_METATYPE(std::function<void(kodReferenceNode)>)
 
+namespace {
+
+// Triangles on the corners of the unit cube (corner i at x = bit 0, y = bit 1, z = bit 2):
+// the whole cube wound outward, and its top face alone.
+const QVector<quint32> box = {0, 3, 1, 0, 2, 3, 4, 7, 6, 4, 5, 7, 0, 5, 4, 0, 1, 5,
+                              2, 7, 3, 2, 6, 7, 0, 6, 2, 0, 4, 6, 1, 7, 5, 1, 3, 7};
+const QVector<quint32> sheet = {4, 5, 7, 4, 7, 6};
+
+} // namespace
+
 // Renders the demo bicycle through the host's 3D view and reads the pixels back.
 class tst_koViewportRender : public QObject
 {
@@ -28,6 +41,9 @@ private slots:
     void demoIsDrawnWithoutHighlight();
     void selectedReferenceFollowsTheScene_data();
     void selectedReferenceFollowsTheScene();
+    void meshLooksTheSameHoweverWound_data();
+    void meshLooksTheSameHoweverWound();
+    void hiddenPartShowsOnceTheCameraTurns();
 
 private:
     QImage render() const;
@@ -35,6 +51,11 @@ private:
     int geometryPixels(const QImage& image) const;
     // Draws the empty scene first, as the background that geometry pixels differ from.
     void openDemo();
+    // A scene of parts, each a mesh on the corners of the unit cube, placed.
+    void loadCubeMeshes(const QVector<QPair<QVector<quint32>, QMatrix4x4>>& parts);
+    QImage renderCubeMesh(const QVector<quint32>& triangles, const QMatrix4x4& placement);
+    void turnCamera(int dx);
+    static int differingPixels(const QImage& a, const QImage& b);
 
     QTemporaryDir m_settings;
     std::unique_ptr<koHostSession> m_session;
@@ -87,12 +108,7 @@ int tst_koViewportRender::highlightPixels(const QImage& image) const
 
 int tst_koViewportRender::geometryPixels(const QImage& image) const
 {
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            count += image.pixel(x, y) != m_background.pixel(x, y);
-    }
-    return count;
+    return differingPixels(image, m_background);
 }
 
 void tst_koViewportRender::demoIsDrawnWithoutHighlight()
@@ -159,6 +175,129 @@ void tst_koViewportRender::selectedReferenceFollowsTheScene()
     // the rest is still there.
     QVERIFY(geometryPixels(after) <= geometryPixels(before) - highlighted / 2);
     QVERIFY(geometryPixels(after) > 1000);
+}
+
+void tst_koViewportRender::loadCubeMeshes(const QVector<QPair<QVector<quint32>, QMatrix4x4>>& parts)
+{
+    koNodeRecord root;
+    root.id = root.shareKey = 1;
+    root.type = koNodeType::Reference;
+    QVector<koNodeRecord> nodes;
+    for (const auto& part : parts) {
+        auto mesh = std::make_shared<koMesh>();
+        for (int corner = 0; corner < 8; ++corner)
+            mesh->positions.append(QVector3D(corner & 1, (corner >> 1) & 1, (corner >> 2) & 1));
+        mesh->triangles = part.first;
+        koNodeRecord node;
+        node.id = node.shareKey = quint64(nodes.size()) + 2;
+        node.type = koNodeType::Geometry;
+        node.parent = 1;
+        node.transform = part.second;
+        node.mesh = mesh;
+        root.children.append(node.id);
+        nodes.append(node);
+    }
+    nodes.prepend(root);
+    koHost::engine()->store()->reset(nodes, {{1, koReferenceContent()}});
+}
+
+QImage tst_koViewportRender::renderCubeMesh(const QVector<quint32>& triangles, const QMatrix4x4& placement)
+{
+    loadCubeMeshes({{triangles, placement}});
+    m_view->fitAll();
+    return render();
+}
+
+void tst_koViewportRender::turnCamera(int dx)
+{
+    QMouseEvent press(QEvent::MouseButtonPress, QPointF(10, 10), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(m_view, &press);
+    QMouseEvent move(QEvent::MouseMove, QPointF(10 + dx, 10), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(m_view, &move);
+    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(10 + dx, 10), Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(m_view, &release);
+}
+
+int tst_koViewportRender::differingPixels(const QImage& a, const QImage& b)
+{
+    int count = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x)
+            count += a.pixel(x, y) != b.pixel(x, y);
+    }
+    return count;
+}
+
+// Back faces of closed meshes are not drawn; whatever the winding, what is seen is the same.
+void tst_koViewportRender::meshLooksTheSameHoweverWound_data()
+{
+    QTest::addColumn<QVector<quint32>>("reference");
+    QTest::addColumn<QVector<quint32>>("variant");
+    QTest::addColumn<bool>("mirrored");
+
+    // The triangles from first to last (not included) turned the other way.
+    const auto turned = [](QVector<quint32> triangles, int first, int last) {
+        for (int triangle = first; triangle < last; ++triangle)
+            std::swap(triangles[triangle * 3 + 1], triangles[triangle * 3 + 2]);
+        return triangles;
+    };
+    QTest::newRow("closed, wound inward") << box << turned(box, 0, 12) << false;
+    QTest::newRow("closed, placed mirrored") << box << box << true;
+    // On the face toward the eye.
+    QTest::newRow("one triangle turned") << box << turned(box, 2, 3) << false;
+    QTest::newRow("open, seen from behind") << sheet << turned(sheet, 0, 2) << false;
+}
+
+void tst_koViewportRender::meshLooksTheSameHoweverWound()
+{
+    QFETCH(QVector<quint32>, reference);
+    QFETCH(QVector<quint32>, variant);
+    QFETCH(bool, mirrored);
+
+    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
+    fileIO->newProject();
+    m_background = render();
+    const QImage expected = renderCubeMesh(reference, QMatrix4x4());
+    QMatrix4x4 placement;
+    if (mirrored) {
+        placement.translate(1, 0, 0);
+        placement.scale(-1, 1, 1);
+    }
+    const int differing = differingPixels(renderCubeMesh(variant, placement), expected);
+    QVERIFY2(geometryPixels(expected) > 5000, qPrintable(QString::number(geometryPixels(expected))));
+    QVERIFY2(differing < geometryPixels(expected) / 100, qPrintable(QString::number(differing)));
+    fileIO->newProject();
+}
+
+// A part hidden behind a wall is left out of the frames that do not show it; once the
+// camera turns round the wall, the next frame draws it.
+void tst_koViewportRender::hiddenPartShowsOnceTheCameraTurns()
+{
+    QMatrix4x4 wall;
+    wall.translate(-10, -10, 2);
+    wall.scale(21, 21, 1);
+    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
+    fileIO->newProject();
+    m_background = render();
+    loadCubeMeshes({{box, QMatrix4x4()}, {sheet, wall}});
+    m_view->fitAll();
+    render();
+    loadCubeMeshes({{sheet, wall}});
+    const QImage wallOnly = render();
+    loadCubeMeshes({{box, QMatrix4x4()}, {sheet, wall}});
+    QCOMPARE(differingPixels(render(), wallOnly), 0);
+
+    // Half a turn brings the eye round to the box's side of the wall.
+    turnCamera(450);
+    const QImage turned = render();
+    loadCubeMeshes({{sheet, wall}});
+    const QImage wallOnlyTurned = render();
+    // Drawn anew, every part is drawn first.
+    loadCubeMeshes({{box, QMatrix4x4()}, {sheet, wall}});
+    const QImage expected = render();
+    QVERIFY2(differingPixels(expected, wallOnlyTurned) > 20, qPrintable(QString::number(differingPixels(expected, wallOnlyTurned))));
+    QCOMPARE(differingPixels(turned, expected), 0);
+    fileIO->newProject();
 }
 
 QTEST_MAIN(tst_koViewportRender)

@@ -15,8 +15,10 @@ koDepthMap::koDepthMap(const std::vector<float>& depth, int width, int height)
     for (int y = 0; y < height; ++y) {
         float* farthest = &m_farthest[size_t(y / blockSize) * size_t(m_columns)];
         const float* row = &depth[size_t(y) * size_t(width)];
-        for (int x = 0; x < width; ++x)
-            farthest[x / blockSize] = std::max(farthest[x / blockSize], row[x]);
+        for (int column = 0; column < m_columns; ++column) {
+            const float* block = row + column * blockSize;
+            farthest[column] = std::max(farthest[column], *std::max_element(block, row + std::min(width, (column + 1) * blockSize)));
+        }
     }
 }
 

@@ -148,7 +148,7 @@ void koSceneViewport::upload()
             buffers.indices.allocate(chunk.indices.data(), int(chunk.indices.size() * sizeof(quint32)));
             buffers.cullBackFaces = chunk.cullBackFaces;
             buffers.clusters = chunk.clusters;
-            buffers.seen.assign(chunk.clusters.size(), true);
+            buffers.seen.assign(chunk.clusters.size(), false);
             chunk.verticesChanged = false;
             chunk.highlightChanged = true;
         }
@@ -184,8 +184,7 @@ void koSceneViewport::drawChunks(int step)
         glPolygonOffset(1.0f, 1.0f);
     }
     drawClusters(seen, 0.0f);
-    const std::vector<ClusterRef> found = unhidden(unseen);
-    drawClusters(found, 0.0f);
+    const std::vector<ClusterRef> found = drawUnhidden(std::move(unseen));
     if (m_showEdges) {
         glDisable(GL_POLYGON_OFFSET_FILL);
         m_legacy->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
@@ -211,6 +210,36 @@ void koSceneViewport::sortClustersInView(int step, std::vector<ClusterRef>& seen
                 (buffers.seen[size_t(cluster)] ? seen : unseen).push_back({chunk, cluster});
         }
     }
+}
+
+std::vector<koSceneViewport::ClusterRef> koSceneViewport::drawUnhidden(std::vector<ClusterRef> candidates)
+{
+    const QVector3D eye = m_camera.view().inverted().map(QVector3D());
+    const auto distance = [&](const ClusterRef& ref) {
+        const koViewportGeometry::Chunk::Cluster& cluster = m_buffers[size_t(ref.chunk)]->clusters[size_t(ref.cluster)];
+        return ((cluster.low + cluster.high) / 2 - eye).lengthSquared();
+    };
+    const auto inChunkOrder = [](const ClusterRef& a, const ClusterRef& b) {
+        return a.chunk < b.chunk || (a.chunk == b.chunk && a.cluster < b.cluster);
+    };
+    std::vector<ClusterRef> drawn;
+    while (!candidates.empty()) {
+        std::vector<ClusterRef> found = unhidden(candidates);
+        if (found.size() > size_t(revealBatch)) {
+            std::sort(found.begin(), found.end(),
+                      [&](const ClusterRef& a, const ClusterRef& b) { return distance(a) < distance(b); });
+            candidates.assign(found.begin() + std::ptrdiff_t(found.size() / 4), found.end());
+            found.resize(found.size() / 4);
+            std::sort(found.begin(), found.end(), inChunkOrder);
+            std::sort(candidates.begin(), candidates.end(), inChunkOrder);
+        } else {
+            candidates.clear();
+        }
+        drawClusters(found, 0.0f);
+        drawn.insert(drawn.end(), found.begin(), found.end());
+    }
+    std::sort(drawn.begin(), drawn.end(), inChunkOrder);
+    return drawn;
 }
 
 void koSceneViewport::setSeen(const std::vector<ClusterRef>& clusters, bool seen)
@@ -248,10 +277,17 @@ void koSceneViewport::drawClusters(const std::vector<ClusterRef>& clusters, floa
         ChunkBuffers& buffers = *m_buffers[size_t(chunk)];
         counts.clear();
         offsets.clear();
+        // Neighbouring clusters make one run of indices.
+        int end = -1;
         for (; first < clusters.size() && clusters[first].chunk == chunk; ++first) {
             const koViewportGeometry::Chunk::Cluster& cluster = buffers.clusters[size_t(clusters[first].cluster)];
-            counts.push_back(cluster.indexCount);
-            offsets.push_back(reinterpret_cast<const void*>(size_t(cluster.firstIndex) * sizeof(quint32)));
+            if (cluster.firstIndex == end) {
+                counts.back() += cluster.indexCount;
+            } else {
+                counts.push_back(cluster.indexCount);
+                offsets.push_back(reinterpret_cast<const void*>(size_t(cluster.firstIndex) * sizeof(quint32)));
+            }
+            end = cluster.firstIndex + cluster.indexCount;
         }
         if (buffers.cullBackFaces)
             glEnable(GL_CULL_FACE);

@@ -71,6 +71,10 @@ private:
     void drawClusters(const std::vector<ClusterRef>& clusters, float edges);
     // Those of the clusters whose boxes the depth drawn so far does not wholly hide.
     std::vector<ClusterRef> unhidden(const std::vector<ClusterRef>& clusters);
+    // Draws those of the clusters that show past what is drawn, nearest first, a quarter at
+    // a time while many show, so that the nearer hide the farther (as after a load, when
+    // no frame has seen any yet); returns them in chunk order.
+    std::vector<ClusterRef> drawUnhidden(std::vector<ClusterRef> candidates);
     void releaseBuffers();
     float aspect() const;
 
@@ -88,4 +92,6 @@ private:
     bool m_moving = false;
     double m_fullFrameMs = 0.0;
     static constexpr double movingFrameBudgetMs = 50.0;
+    // More clusters than this showing at once are drawn in rounds.
+    static constexpr int revealBatch = 1000;
 };

@@ -19,6 +19,14 @@ QVector3D highest(const QVector3D& a, const QVector3D& b)
     return QVector3D(qMax(a.x(), b.x()), qMax(a.y(), b.y()), qMax(a.z(), b.z()));
 }
 
+QVector3D turned(const QMatrix3x3& matrix, const QVector3D& normal)
+{
+    return QVector3D(matrix(0, 0) * normal.x() + matrix(0, 1) * normal.y() + matrix(0, 2) * normal.z(),
+                     matrix(1, 0) * normal.x() + matrix(1, 1) * normal.y() + matrix(1, 2) * normal.z(),
+                     matrix(2, 0) * normal.x() + matrix(2, 1) * normal.y() + matrix(2, 2) * normal.z())
+        .normalized();
+}
+
 // Muted colours, none near the highlight's hue.
 const std::array<QColor, 9>& palette()
 {
@@ -202,12 +210,14 @@ void koViewportGeometry::addMesh(quint64 id, const koMesh& mesh, const Placement
     const int firstIndex = int(chunk.indices.size());
     const quint8 colour[4] = {quint8(placement.colour.red()), quint8(placement.colour.green()),
                               quint8(placement.colour.blue()), 255};
-    const QMatrix4x4 normalToWorld = placement.world.inverted().transposed();
+    const QMatrix3x3 normalToWorld = placement.world.normalMatrix();
+    const bool turnsNormals = !normalToWorld.isIdentity();
     Item item{index, firstVertex, vertexCount, placement.highlighted,
               placement.world.map(mesh.positions.first()), placement.world.map(mesh.positions.first())};
     for (int vertex = 0; vertex < vertexCount; ++vertex) {
         const QVector3D world = placement.world.map(mesh.positions.at(int(drawn.sources()[size_t(vertex)])));
-        const QVector3D normal = normalToWorld.mapVector(drawn.normals()[size_t(vertex)]).normalized() * 127.0f;
+        const QVector3D& local = drawn.normals()[size_t(vertex)];
+        const QVector3D normal = (turnsNormals ? turned(normalToWorld, local) : local) * 127.0f;
         chunk.vertices.push_back({{world.x(), world.y(), world.z()},
                                   {colour[0], colour[1], colour[2], colour[3]},
                                   {qint8(qRound(normal.x())), qint8(qRound(normal.y())), qint8(qRound(normal.z())), 0}});
@@ -251,8 +261,11 @@ int koViewportGeometry::chunkWithRoom(int count, bool closed)
         const auto room = std::find_if(m_chunks.begin(), m_chunks.end(),
                                        [&](const Chunk& chunk) { return fits(int(&chunk - m_chunks.data())); });
         open = int(room - m_chunks.begin());
-        if (room == m_chunks.end())
+        if (room == m_chunks.end()) {
             m_chunks.emplace_back();
+            m_chunks.back().vertices.reserve(size_t(chunkCapacity));
+            m_chunks.back().highlight.reserve(size_t(chunkCapacity));
+        }
     }
     m_chunks[size_t(open)].cullBackFaces = closed;
     return open;

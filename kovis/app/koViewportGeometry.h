@@ -77,7 +77,7 @@ public:
     // A chunk is closed for new nodes once it holds this many vertices.
     static constexpr int chunkCapacity = 1 << 16;
     // A cluster is closed once it holds this many vertices.
-    static constexpr int clusterCapacity = 512;
+    static constexpr int clusterCapacity = 32;
 
     explicit koViewportGeometry(koSceneStore* store, QObject* parent = nullptr);
     ~koViewportGeometry() override;

@@ -44,6 +44,7 @@ private slots:
     void meshLooksTheSameHoweverWound_data();
     void meshLooksTheSameHoweverWound();
     void hiddenPartShowsOnceTheCameraTurns();
+    void firstFrameOfALargeSceneIsWhole();
 
 private:
     QImage render() const;
@@ -297,6 +298,29 @@ void tst_koViewportRender::hiddenPartShowsOnceTheCameraTurns()
     const QImage expected = render();
     QVERIFY2(differingPixels(expected, wallOnlyTurned) > 20, qPrintable(QString::number(differingPixels(expected, wallOnlyTurned))));
     QCOMPARE(differingPixels(turned, expected), 0);
+    fileIO->newProject();
+}
+
+// No frame has seen any part of a scene just loaded: the first draws those that show in
+// rounds, nearest first, and must still draw all of them.
+void tst_koViewportRender::firstFrameOfALargeSceneIsWhole()
+{
+    const int side = 18;
+    QVector<QPair<QVector<quint32>, QMatrix4x4>> parts;
+    for (int index = 0; index < side * side * side; ++index) {
+        QMatrix4x4 place;
+        place.translate(2.0f * float(index % side), 2.0f * float(index / side % side), 2.0f * float(index / side / side));
+        parts.append({box, place});
+    }
+    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
+    fileIO->newProject();
+    m_background = render();
+    loadCubeMeshes(parts);
+    m_view->fitAll();
+    const QImage first = m_view->grabFramebuffer();
+    const QImage later = render();
+    QVERIFY2(geometryPixels(later) > 5000, qPrintable(QString::number(geometryPixels(later))));
+    QCOMPARE(differingPixels(first, later), 0);
     fileIO->newProject();
 }
 

@@ -294,14 +294,10 @@ void tst_koReferenceCommands::commandsAskAndGroupTheirChanges()
     trigger->trigger();
 
     QCOMPARE(driver.mismatches(), QStringList());
-    QCOMPARE(driver.messageBoxes().size(), questions.size());
-    for (int i = 0; i < questions.size(); ++i) {
-        const koDialogDriver::MessageBox& box = driver.messageBoxes().at(i);
-        QCOMPARE(box.title, questions.at(i));
-        QCOMPARE(box.text, confirmationTexts.value(box.title));
-        QCOMPARE(box.buttons, QMessageBox::Ok | QMessageBox::Cancel);
-        QCOMPARE(box.defaultButton, QMessageBox::Cancel);
-    }
+    QStringList asked;
+    for (const QString& title : qAsConst(questions))
+        asked << title + '|' + confirmationTexts.value(title) + " (question)";
+    QCOMPARE(driver.summaries(), asked);
     if (answer == QMessageBox::Cancel) {
         QCOMPARE(koTestHost::sceneSnapshot(), scene);
         QCOMPARE(koUndoStack::the()->count(), steps);

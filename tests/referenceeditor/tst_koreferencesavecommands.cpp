@@ -304,17 +304,12 @@ void tst_koReferenceSaveCommands::overwriteQuestion()
         QCOMPARE(koTestHost::sceneSnapshot(), scene);
     if (saveAs)
         return;
-    QCOMPARE(driver.messageBoxes().size(), 1);
-    const koDialogDriver::MessageBox& box = driver.messageBoxes().first();
-    QCOMPARE(box.title, QStringLiteral("Save Smart Changes"));
-    QCOMPARE(box.text, QStringLiteral("The smart reference files listed below that you are attempting to save "
-                                      "already exist.\nSelect OK to overwrite (this action is not undoable) or "
-                                      "Cancel to abort the save.\n\n%1\n%2\n")
-                           .arg(m_host.path(QStringLiteral("parts/wheel.kpr")),
-                                m_host.path(QStringLiteral("parts/spoke.kpr"))));
-    QCOMPARE(box.icon, QMessageBox::Warning);
-    QCOMPARE(box.buttons, QMessageBox::Ok | QMessageBox::Cancel);
-    QCOMPARE(box.defaultButton, QMessageBox::Cancel);
+    QCOMPARE(driver.summaries(), QStringList{QStringLiteral("Save Smart Changes|The smart reference files listed below "
+                                                            "that you are attempting to save already exist.\nSelect OK "
+                                                            "to overwrite (this action is not undoable) or Cancel to "
+                                                            "abort the save.\n\n%1\n%2\n (question)")
+                                                 .arg(m_host.path(QStringLiteral("parts/wheel.kpr")),
+                                                      m_host.path(QStringLiteral("parts/spoke.kpr")))});
     QCOMPARE(shown.scrollable, QList<bool>{true});
     QCOMPARE(shown.parentless, QList<bool>{true});
 }
@@ -437,12 +432,9 @@ void tst_koReferenceSaveCommands::smartPathsUpdateRequest()
     QCOMPARE(driver.mismatches(), QStringList());
     QCOMPARE(smartPaths(namesIn(expectedPaths)), expectedPaths);
     if (boxAnswer == QMessageBox::Ok) {
-        const koDialogDriver::MessageBox& box = driver.messageBoxes().first();
-        QCOMPARE(box.title, QStringLiteral("Choose Smart Reference Location"));
-        QCOMPARE(box.text, QStringLiteral("You appear to not have write permissions for at least one of the source "
-                                          "directories. Save operation canceled."));
-        QCOMPARE(box.icon, QMessageBox::Critical);
-        QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+        QCOMPARE(driver.summaries(), QStringList{"Choose Smart Reference Location|You appear to not have write "
+                                                 "permissions for at least one of the source directories. Save "
+                                                 "operation canceled. (error)"});
     }
 }
 
@@ -452,15 +444,15 @@ void tst_koReferenceSaveCommands::modifiedSaveWarnings_data()
     QTest::addColumn<QString>("changed");
     QTest::addColumn<bool>("outdated");
     QTest::addColumn<QList<int>>("answers");
-    QTest::addColumn<QStringList>("expectedTexts");
+    QTest::addColumn<QStringList>("expectedBoxes");
     QTest::addColumn<bool>("expectedWritten");
 
     const QString outdatedText = QStringLiteral(
-        "You are about to save your modifications to an outdated smart reference file. Any changes made to the file "
-        "will be overwritten. This action is not undoable. Select OK to proceed.");
+        "Save Smart References|You are about to save your modifications to an outdated smart reference file. Any changes made to the file "
+        "will be overwritten. This action is not undoable. Select OK to proceed. (question)");
     const QString subText = QStringLiteral(
-        "This modified reference also has modified sub-references. Saving it will also save all modified "
-        "sub-references. This action is not undoable. Select OK to proceed.");
+        "Save Smart References|This modified reference also has modified sub-references. Saving it will also save all modified "
+        "sub-references. This action is not undoable. Select OK to proceed. (question)");
     const QList<int> ok{QMessageBox::Ok};
     const QList<int> cancel{QMessageBox::Cancel};
 
@@ -482,7 +474,7 @@ void tst_koReferenceSaveCommands::modifiedSaveWarnings()
     QFETCH(QString, changed);
     QFETCH(bool, outdated);
     QFETCH(QList<int>, answers);
-    QFETCH(QStringList, expectedTexts);
+    QFETCH(QStringList, expectedBoxes);
     QFETCH(bool, expectedWritten);
 
     const bool sub = changed == QLatin1String("Fork");
@@ -506,13 +498,7 @@ void tst_koReferenceSaveCommands::modifiedSaveWarnings()
         m_module->saveSmartChanges({reference(sub ? QStringLiteral("Frame") : QStringLiteral("Saved"))});
 
     QCOMPARE(driver.mismatches(), QStringList());
-    QStringList texts;
-    for (const koDialogDriver::MessageBox& box : driver.messageBoxes()) {
-        QCOMPARE(box.title, QStringLiteral("Save Smart References"));
-        QCOMPARE(box.defaultButton, QMessageBox::Cancel);
-        texts.append(box.text);
-    }
-    QCOMPARE(texts, expectedTexts);
+    QCOMPARE(driver.summaries(), expectedBoxes);
     QCOMPARE(koTestHost::readFile(file) != before, expectedWritten);
     if (!expectedWritten)
         QCOMPARE(koTestHost::sceneSnapshot(), scene);

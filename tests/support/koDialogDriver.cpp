@@ -24,6 +24,27 @@ void koDialogDriver::handleDialog(std::function<void(QDialog*)> handler)
     m_steps.enqueue({false, QMessageBox::NoButton, false, std::move(handler)});
 }
 
+QString koDialogDriver::MessageBox::summary() const
+{
+    QString kind = QStringLiteral("icon %1, buttons %2, default %3").arg(icon).arg(int(buttons)).arg(defaultButton);
+    if (buttons == (QMessageBox::Ok | QMessageBox::Cancel) && defaultButton == QMessageBox::Cancel
+        && icon == QMessageBox::Warning)
+        kind = QStringLiteral("question");
+    else if (buttons == QMessageBox::Ok && icon == QMessageBox::Critical)
+        kind = QStringLiteral("error");
+    else if (buttons == QMessageBox::Ok && icon == QMessageBox::Warning)
+        kind = QStringLiteral("warning");
+    return QStringLiteral("%1|%2 (%3)").arg(title, text, kind);
+}
+
+QStringList koDialogDriver::summaries() const
+{
+    QStringList shown;
+    for (const MessageBox& box : m_messageBoxes)
+        shown << box.summary();
+    return shown;
+}
+
 QStringList koDialogDriver::mismatches() const
 {
     QStringList found = m_unexpected;

@@ -33,6 +33,10 @@ public:
         bool checkBoxChecked = false;
         QMessageBox::StandardButton answer = QMessageBox::NoButton;
         bool expected = true;
+
+        // "Title|Text (kind)": "question" for OK and Cancel with Cancel the default, "error"
+        // for a critical box with OK alone, "warning" for a warning with OK alone.
+        QString summary() const;
     };
 
     explicit koDialogDriver(QObject* parent = nullptr);
@@ -45,6 +49,7 @@ public:
     void handleDialog(std::function<void(QDialog*)> handler);
 
     const QList<MessageBox>& messageBoxes() const { return m_messageBoxes; }
+    QStringList summaries() const;
     // Dialogs that came without a script or were left open by their handler, and
     // scripted ones that never came: empty when the code asked just what was expected.
     QStringList mismatches() const;

@@ -34,8 +34,7 @@ private slots:
     void repath();
     void requestsChooseTheLinks_data();
     void requestsChooseTheLinks();
-    void dialogStartsFresh();
-    void enterAcceptsTheDialog();
+    void dialogStartsFreshAndEnterAccepts();
     void cancelDuringTheSearchChangesNothing();
 
 private:
@@ -287,35 +286,27 @@ void tst_koReferenceRepathFlow::requestsChooseTheLinks()
 }
 
 // The dialog is made anew for each repath: no folder or narrowed search may carry over.
-void tst_koReferenceRepathFlow::dialogStartsFresh()
+// Enter in the path field accepts it; it does not open the folder picker.
+void tst_koReferenceRepathFlow::dialogStartsFreshAndEnterAccepts()
 {
+    koScriptedFileDialog files;
+    files.answer(m_host.path(QStringLiteral("current")));
     koReferenceRePathDialogI dialog(m_module.get());
     QVERIFY(dialog.newPath().isEmpty());
     QVERIFY(!dialog.missingFilesOnly());
     QVERIFY(dialog.searchSubdirectories());
-
-    // The folder button fills the field with the chosen folder.
-    koScriptedFileDialog files;
-    files.answer(m_host.path(QStringLiteral("current")));
     dialog.m_newPathButton->click();
     QCOMPARE(dialog.newPath(), m_host.path(QStringLiteral("current")));
-}
 
-// Enter in the path field accepts the dialog; it does not open the folder picker.
-void tst_koReferenceRepathFlow::enterAcceptsTheDialog()
-{
-    koScriptedFileDialog files;
-    koReferenceRePathDialogI dialog(m_module.get());
     dialog.show();
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
     dialog.m_newPath->setFocus();
-    QTest::keyClicks(dialog.m_newPath, m_host.path(QStringLiteral("new")));
+    QTest::keyClicks(dialog.m_newPath, QStringLiteral("/new"));
     QTest::keyClick(dialog.m_newPath, Qt::Key_Return);
-
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QVERIFY(!dialog.isVisible());
-    QVERIFY(files.calls().isEmpty());
-    QCOMPARE(dialog.newPath(), m_host.path(QStringLiteral("new")));
+    QCOMPARE(files.calls().size(), 1);
+    QCOMPARE(dialog.newPath(), m_host.path(QStringLiteral("current/new")));
 }
 
 void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()

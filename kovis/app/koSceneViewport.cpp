@@ -149,6 +149,7 @@ void koSceneViewport::upload()
             buffers.cullBackFaces = chunk.cullBackFaces;
             buffers.clusters = chunk.clusters;
             buffers.seen.assign(chunk.clusters.size(), false);
+            groupClusters(buffers);
             chunk.verticesChanged = false;
             chunk.highlightChanged = true;
         }
@@ -157,6 +158,23 @@ void koSceneViewport::upload()
             buffers.highlight.allocate(chunk.highlight.data(), int(chunk.highlight.size()));
             chunk.highlightChanged = false;
         }
+    }
+}
+
+void koSceneViewport::groupClusters(ChunkBuffers& buffers)
+{
+    buffers.groups.clear();
+    for (size_t first = 0; first < buffers.clusters.size(); first += size_t(groupSize)) {
+        const auto begin = buffers.clusters.cbegin() + std::ptrdiff_t(first);
+        const auto end = buffers.clusters.cbegin() + std::ptrdiff_t(std::min(first + size_t(groupSize), buffers.clusters.size()));
+        Box group{begin->low, begin->high};
+        for (auto cluster = begin; cluster != end; ++cluster) {
+            group.low = QVector3D(qMin(group.low.x(), cluster->low.x()), qMin(group.low.y(), cluster->low.y()),
+                                  qMin(group.low.z(), cluster->low.z()));
+            group.high = QVector3D(qMax(group.high.x(), cluster->high.x()), qMax(group.high.y(), cluster->high.y()),
+                                   qMax(group.high.z(), cluster->high.z()));
+        }
+        buffers.groups.push_back(group);
     }
 }
 
@@ -207,7 +225,7 @@ void koSceneViewport::sortClustersInView(int step, std::vector<ClusterRef>& seen
         for (int cluster = 0; cluster < int(buffers.clusters.size()); ++cluster) {
             const koViewportGeometry::Chunk::Cluster& box = buffers.clusters[size_t(cluster)];
             if (frustum.mayShow(box.low, box.high))
-                (buffers.seen[size_t(cluster)] ? seen : unseen).push_back({chunk, cluster});
+                (buffers.seen[size_t(cluster)] || !m_cullHidden ? seen : unseen).push_back({chunk, cluster});
         }
     }
 }
@@ -318,16 +336,31 @@ std::vector<koSceneViewport::ClusterRef> koSceneViewport::unhidden(const std::ve
         return clusters;
     const int width = qRound(this->width() * devicePixelRatioF());
     const int height = qRound(this->height() * devicePixelRatioF());
-    std::vector<float> depth(size_t(width) * size_t(height));
+    // Where the depth cannot be read, nothing is taken to hide anything.
+    std::vector<float> depth(size_t(width) * size_t(height), 1.0f);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depth.data());
     const koDepthMap map(depth, width, height);
     const QMatrix4x4 viewProjection = m_camera.projection(aspect()) * m_camera.view();
+    const auto hides = [&](const QVector3D& low, const QVector3D& high) {
+        const QVector3D margin = (high - low) * boxMargin + QVector3D(1, 1, 1) * 1e-6f;
+        return map.hides(low - margin, high + margin, viewProjection);
+    };
+    // A group of clusters wholly hidden spares testing each of them.
+    int testedGroup = -1;
+    int testedChunk = -1;
+    bool groupHidden = false;
     std::vector<ClusterRef> found;
     for (const ClusterRef& ref : clusters) {
-        const koViewportGeometry::Chunk::Cluster& cluster = m_buffers[size_t(ref.chunk)]->clusters[size_t(ref.cluster)];
-        const QVector3D margin = (cluster.high - cluster.low) * boxMargin + QVector3D(1, 1, 1) * 1e-6f;
-        if (!map.hides(cluster.low - margin, cluster.high + margin, viewProjection))
+        const ChunkBuffers& buffers = *m_buffers[size_t(ref.chunk)];
+        const int group = ref.cluster / groupSize;
+        if (ref.chunk != testedChunk || group != testedGroup) {
+            testedChunk = ref.chunk;
+            testedGroup = group;
+            groupHidden = hides(buffers.groups[size_t(group)].low, buffers.groups[size_t(group)].high);
+        }
+        const koViewportGeometry::Chunk::Cluster& cluster = buffers.clusters[size_t(ref.cluster)];
+        if (!groupHidden && !hides(cluster.low, cluster.high))
             found.push_back(ref);
     }
     return found;
@@ -364,6 +397,12 @@ void koSceneViewport::fitSelection()
 {
     fit(true);
     m_keepFitting = false;
+}
+
+void koSceneViewport::setCullHidden(bool cull)
+{
+    m_cullHidden = cull;
+    update();
 }
 
 void koSceneViewport::setShowEdges(bool show)

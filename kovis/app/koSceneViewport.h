@@ -27,6 +27,8 @@ public:
     void fitAll();
     void fitSelection();
     void setShowEdges(bool show);
+    // Whether clusters wholly behind what is drawn are left out (the default).
+    void setCullHidden(bool cull);
 
 signals:
     // No drawing is possible here; the message says why.
@@ -42,6 +44,11 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    struct Box
+    {
+        QVector3D low;
+        QVector3D high;
+    };
     struct ChunkBuffers
     {
         QOpenGLBuffer vertices{QOpenGLBuffer::VertexBuffer};
@@ -49,6 +56,8 @@ private:
         QOpenGLBuffer indices{QOpenGLBuffer::IndexBuffer};
         bool cullBackFaces = false;
         std::vector<koViewportGeometry::Chunk::Cluster> clusters;
+        // The boxes around each run of groupSize clusters.
+        std::vector<Box> groups;
         // Whether the last frame saw each cluster.
         std::vector<bool> seen;
     };
@@ -61,6 +70,7 @@ private:
 
     void fit(bool selectionOnly);
     void upload();
+    static void groupClusters(ChunkBuffers& buffers);
     // step: draw every step-th chunk.
     void drawChunks(int step);
     // The clusters of every step-th chunk that may be in view, as the last frame saw them.
@@ -86,6 +96,7 @@ private:
     std::vector<std::unique_ptr<ChunkBuffers>> m_buffers;
     QPoint m_lastPosition;
     bool m_showEdges = false;
+    bool m_cullHidden = true;
     // Until the user moves the camera, a resize frames the whole scene again.
     bool m_keepFitting = false;
     // A mouse button is down on the view.
@@ -94,4 +105,5 @@ private:
     static constexpr double movingFrameBudgetMs = 50.0;
     // More clusters than this showing at once are drawn in rounds.
     static constexpr int revealBatch = 1000;
+    static constexpr int groupSize = 16;
 };

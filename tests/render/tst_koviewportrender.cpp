@@ -44,7 +44,7 @@ private slots:
     void meshLooksTheSameHoweverWound_data();
     void meshLooksTheSameHoweverWound();
     void hiddenPartShowsOnceTheCameraTurns();
-    void firstFrameOfALargeSceneIsWhole();
+    void largeSceneLooksTheSameWithHiddenPartsLeftOut();
 
 private:
     QImage render() const;
@@ -302,8 +302,9 @@ void tst_koViewportRender::hiddenPartShowsOnceTheCameraTurns()
 }
 
 // No frame has seen any part of a scene just loaded: the first draws those that show in
-// rounds, nearest first, and must still draw all of them.
-void tst_koViewportRender::firstFrameOfALargeSceneIsWhole()
+// rounds, nearest first; it and the frames after it leave out what is hidden, and show
+// the same picture as a frame that draws every part.
+void tst_koViewportRender::largeSceneLooksTheSameWithHiddenPartsLeftOut()
 {
     const int side = 18;
     QVector<QPair<QVector<quint32>, QMatrix4x4>> parts;
@@ -319,8 +320,12 @@ void tst_koViewportRender::firstFrameOfALargeSceneIsWhole()
     m_view->fitAll();
     const QImage first = m_view->grabFramebuffer();
     const QImage later = render();
-    QVERIFY2(geometryPixels(later) > 5000, qPrintable(QString::number(geometryPixels(later))));
-    QCOMPARE(differingPixels(first, later), 0);
+    m_view->setCullHidden(false);
+    const QImage whole = render();
+    m_view->setCullHidden(true);
+    QVERIFY2(geometryPixels(whole) > 5000, qPrintable(QString::number(geometryPixels(whole))));
+    QCOMPARE(differingPixels(first, whole), 0);
+    QCOMPARE(differingPixels(later, whole), 0);
     fileIO->newProject();
 }
 

@@ -16,11 +16,6 @@ class koUnregisteredService : public koBaseService
     Q_OBJECT
 };
 
-class koDerivedProbeService : public koProbeService
-{
-    Q_OBJECT
-};
-
 // Runs the call with the standard error stream sent to a file and returns what it wrote.
 template<class Call>
 QByteArray standardErrorOf(Call call)
@@ -46,7 +41,6 @@ class tst_koKernelServiceFactory : public QObject
 private slots:
     void lookUpReportsWhatIsMissing_data();
     void lookUpReportsWhatIsMissing();
-    void registeringReplacesAndReturnsThePrevious();
 };
 
 void tst_koKernelServiceFactory::lookUpReportsWhatIsMissing_data()
@@ -85,17 +79,6 @@ void tst_koKernelServiceFactory::lookUpReportsWhatIsMissing()
     QCOMPARE(printed, message);
     QCOMPARE(result == &probe, found);
     QCOMPARE(result == nullptr, !found);
-}
-
-void tst_koKernelServiceFactory::registeringReplacesAndReturnsThePrevious()
-{
-    koKernelServiceFactory* factory = koKernelServiceFactory::the();
-    koProbeService first;
-    koDerivedProbeService second;
-    QCOMPARE(factory->registerService<koProbeService>(&first), nullptr);
-    QCOMPARE(factory->registerService<koProbeService>(&second), &first);
-    QCOMPARE(factory->getServiceOrNull<koProbeService>(), &second);
-    factory->unregisterService<koProbeService>();
 }
 
 QTEST_MAIN(tst_koKernelServiceFactory)

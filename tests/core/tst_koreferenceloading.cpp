@@ -29,7 +29,6 @@ private slots:
     void loadPrefersTheSmartFile();
     void sourceImportOnASmartReferenceIsAChange();
     void clonesShareTheirReference();
-    void clonesSurviveSavingAndLoading();
 
 private:
 
@@ -260,20 +259,6 @@ void tst_koReferenceLoading::clonesShareTheirReference()
     clone.load();
     QCOMPARE(describeTree(original), QStringLiteral("Part(Body)"));
     QCOMPARE(describeTree(clone), QStringLiteral("Part(Body)"));
-}
-
-void tst_koReferenceLoading::clonesSurviveSavingAndLoading()
-{
-    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    kodReferenceNode original = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
-    koService<koTreeService>()->cloneNodes({original});
-    QVERIFY(koService<koFileIOService>()->saveProject(m_host.path(QStringLiteral("saved.kpr"))));
-
-    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("saved.kpr"))));
-    const QList<kodReferenceNode> all = koService<koReferenceService>()->getSceneReferences();
-    QCOMPARE(all.size(), 3);
-    QCOMPARE(all.at(1).getSharedNodes(), QList<kodNode>{all.at(2)});
-    QCOMPARE(describeTree(all.at(2)), QStringLiteral("Part(Body)"));
 }
 
 QTEST_MAIN(tst_koReferenceLoading)

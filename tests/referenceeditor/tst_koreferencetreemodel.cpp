@@ -2,7 +2,6 @@
 #include "koReferenceFlatModelItem.h"
 #include "koReferenceModelItem.h"
 #include "koReferenceTreeModel.h"
-#include "koReferenceTreeRootItem.h"
 #include "koTestHost.h"
 
 #include <kovis/koFileIOService.h>
@@ -28,8 +27,6 @@ private slots:
     void foregroundColour();
     void fileColumns_data();
     void fileColumns();
-    void graphAndList_data();
-    void graphAndList();
 
 private:
     koTestHost m_host;
@@ -45,18 +42,6 @@ QString colored(const QColor& color, const QString& label)
 QString upToDate(const QString& label)
 {
     return colored(koStyle::getReferenceUpToDateColor(), label);
-}
-
-QStringList rowTexts(const QAbstractItemModel& model, const QModelIndex& parent = QModelIndex())
-{
-    QStringList texts;
-    for (int row = 0; row < model.rowCount(parent); ++row) {
-        const QModelIndex index = model.index(row, 0, parent);
-        const QString name = index.data(Qt::UserRole).value<kodNode>().getName();
-        const QStringList children = rowTexts(model, index);
-        texts.append(children.isEmpty() ? name : name + QLatin1Char('(') + children.join(QLatin1Char(',')) + QLatin1Char(')'));
-    }
-    return texts;
 }
 
 } // namespace
@@ -201,27 +186,6 @@ void tst_koReferenceTreeModel::fileColumns()
         || column == koReferenceModelItem::SourceLocationColumn;
     QCOMPARE(model.index(1, column).data().toString(), location ? QDir::toNativeSeparators(m_host.path(expected)) : expected);
     QCOMPARE(model.index(1, koReferenceModelItem::SmartOwnerColumn).data().toString(), QFileInfo(smart).owner());
-}
-
-void tst_koReferenceTreeModel::graphAndList_data()
-{
-    QTest::addColumn<bool>("graph");
-    QTest::addColumn<QStringList>("rows");
-
-    QTest::newRow("graph nests references, skipping other nodes") << true << QStringList{"project(Outer(Deep))"};
-    QTest::newRow("list holds every reference once") << false << QStringList{"project", "Outer", "Deep"};
-}
-
-void tst_koReferenceTreeModel::graphAndList()
-{
-    QFETCH(bool, graph);
-    QFETCH(QStringList, rows);
-
-    m_host.writeProject(QStringLiteral("inner.kpr"), {koTestHost::group("Holder", {koTestHost::reference("Deep", QString(), QString())})});
-    m_host.loadSingleReference(koTestHost::reference("Outer", "inner.kpr", QString()));
-    ReferenceModel model(graph ? static_cast<koModelItem*>(new koReferenceTreeRootItem(kodNode()))
-                               : new koReferenceFlatModelItem(kodNode()));
-    QCOMPARE(rowTexts(model), rows);
 }
 
 QTEST_MAIN(tst_koReferenceTreeModel)

@@ -3,7 +3,6 @@
 #include "koReferenceFilterMenu.h"
 #include "koReferenceFilterModel.h"
 #include "koDialogDriver.h"
-#include "koInstalledService.h"
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
 
@@ -11,7 +10,6 @@
 #include <kovis/koFileIOService.h>
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
-#include <kovis/koPlatformService.h>
 #include <kovis/koReferenceService.h>
 
 #include <QMenuBar>
@@ -29,7 +27,7 @@ private slots:
     void selectionDecidesWhatIsEnabled_data();
     void selectionDecidesWhatIsEnabled();
     void rulesRunOnSelectionReloadAndContextMenu();
-    void fileButtonsFollowThePlatform();
+    void fileButtonsRunTheirEntries();
     void filterEntriesFilterTheList_data();
     void filterEntriesFilterTheList();
     void fileTypeEntriesFollowTheScene();
@@ -63,15 +61,6 @@ QStringList allBut(QStringList entries)
 }
 
 const QStringList createEntries{"Create Smart", "Create Smart/New", "Create Smart/From File...", "Create Source"};
-
-class ScaledPlatform : public koPlatformService
-{
-public:
-    double getUiScaleFactorX() const override { return 1.45; }
-    double getUiScaleFactorY() const override { return 1.99; }
-    int getToolIconWidth() const override { return 20; }
-    int getToolIconHeight() const override { return 18; }
-};
 
 } // namespace
 
@@ -256,16 +245,9 @@ void tst_koReferenceEditorActions::rulesRunOnSelectionReloadAndContextMenu()
     QVERIFY(!enabledInMenu);
 }
 
-void tst_koReferenceEditorActions::fileButtonsFollowThePlatform()
+void tst_koReferenceEditorActions::fileButtonsRunTheirEntries()
 {
-    ScaledPlatform platform;
-    const koInstalledService<koPlatformService> installed(&platform);
-    koReferenceEditorModule module;
-
-    // All eight are set up alike; one stands for the scaled size.
-    QCOMPARE(module.m_smartRelink->size(), QSize(34, 47));
-    QCOMPARE(module.m_smartRelink->iconSize(), QSize(20, 18));
-    // Each button runs its own entry.
+    const koReferenceEditorModule& module = *m_module;
     const QMap<QToolButton*, QString> buttons{
         {module.m_smartRelink, "Replace Smart"},   {module.m_smartReload, "Selected"},
         {module.m_smartRemove, "Delete Smart"},    {module.m_smartInfo, "Info"},

@@ -10,7 +10,6 @@
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koNodeBasedSelectionModel.h>
 #include <kovis/koReferenceService.h>
-#include <kovis/koUndoStack.h>
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -30,10 +29,6 @@ class tst_koReferenceWorkKept : public QObject
 private slots:
     void init();
     void cleanup();
-    void loadKeepsEdits_data();
-    void loadKeepsEdits();
-    void reimportIsUndoneByUndo_data();
-    void reimportIsUndoneByUndo();
     void unloadedNewContentComesBack_data();
     void unloadedNewContentComesBack();
     void saveAsWritesNewSubReferences();
@@ -119,63 +114,6 @@ void tst_koReferenceWorkKept::answerLocationDialog(koDialogDriver& driver, bool 
         dialog->m_customPath->setText(folder);
         dialog->buttonBox->button(accept ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel)->click();
     });
-}
-
-void tst_koReferenceWorkKept::loadKeepsEdits_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<QStringList>("selection");
-
-    QTest::newRow("load all") << "File/Load All" << QStringList();
-    QTest::newRow("load a mixed selection") << "Load" << QStringList{"Frame", "Wheel", "Bell"};
-    QTest::newRow("import unloaded smart") << "(Re)Import Smart/Unloaded" << QStringList{"Frame", "Wheel"};
-}
-
-void tst_koReferenceWorkKept::loadKeepsEdits()
-{
-    QFETCH(QString, action);
-    QFETCH(QStringList, selection);
-    koTestHost::findNode(QStringLiteral("Tube")).setName(QStringLiteral("Edited Tube"));
-    koTestHost::findNode(QStringLiteral("Saddle")).setName(QStringLiteral("Edited Saddle"));
-
-    trigger(action, selection);
-
-    QCOMPARE(nameOf(QStringLiteral("Frame")), QStringLiteral("Edited Tube"));
-    QVERIFY(koTestHost::findNode(QStringLiteral("Edited Saddle")).isValid());
-    QVERIFY(koTestHost::findReference(QStringLiteral("Frame")).isChanged());
-    QVERIFY(kodReferenceNode(koService<koReferenceService>()->getSceneReferences().first()).isChanged());
-    QCOMPARE(nameOf(QStringLiteral("Wheel")), QStringLiteral("Rim"));
-}
-
-void tst_koReferenceWorkKept::reimportIsUndoneByUndo_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<QStringList>("selection");
-    QTest::addColumn<QString>("edited");
-    QTest::addColumn<QString>("fromFile");
-
-    QTest::newRow("selected smart reference") << "(Re)Import Smart/Selected" << QStringList{"Frame"} << "Tube"
-                                              << "Tube";
-    QTest::newRow("the project itself") << "Edit/(Re)Import All Smart References" << QStringList() << "Saddle"
-                                        << "Saddle";
-}
-
-void tst_koReferenceWorkKept::reimportIsUndoneByUndo()
-{
-    QFETCH(QString, action);
-    QFETCH(QStringList, selection);
-    QFETCH(QString, edited);
-    QFETCH(QString, fromFile);
-    koTestHost::findNode(edited).setName(QStringLiteral("Edited"));
-    const QByteArray withEdit = koTestHost::sceneSnapshot();
-
-    trigger(action, selection);
-    QVERIFY(!koTestHost::findNode(QStringLiteral("Edited")).isValid());
-    QVERIFY(koTestHost::findNode(fromFile).isValid());
-
-    koUndoStack::the()->undo();
-    QCOMPARE(koTestHost::sceneSnapshot(), withEdit);
-    QVERIFY(koTestHost::findNode(QStringLiteral("Edited")).isValid());
 }
 
 void tst_koReferenceWorkKept::unloadedNewContentComesBack_data()

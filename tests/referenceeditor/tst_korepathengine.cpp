@@ -77,8 +77,6 @@ private slots:
     void choiceTellsWhyAndAmongWhich();
     void collect_data();
     void collect();
-    void apply_data();
-    void apply();
     void failedPathsReadTheNodesAgain();
 };
 
@@ -266,39 +264,6 @@ void tst_koRepathEngine::collect()
     collectRepathEntries(foundEntries, notFoundEntries, nodes, subdirs, missingOnly, sources, smarts, newDir);
     QCOMPARE(describe(foundEntries, nodes, newDir), found);
     QCOMPARE(describe(notFoundEntries, nodes, newDir), notFound);
-}
-
-void tst_koRepathEngine::apply_data()
-{
-    QTest::addColumn<int>("mode");
-    // source and smart path of the first node, then of the second
-    QTest::addColumn<QStringList>("paths");
-
-    QTest::newRow("sources only, whatever the kind") << int(RepathMode::SourcesOnly) << QStringList{"c", "a.kpr", "b", "b.kpr"};
-    QTest::newRow("smarts only, whatever the kind") << int(RepathMode::SmartsOnly) << QStringList{"a.obj", "c", "b.obj", "b"};
-    QTest::newRow("both, by kind") << int(RepathMode::Both) << QStringList{"a", "a.kpr", "b.obj", "b"};
-    QTest::newRow("unknown mode") << 3 << QStringList{"a.obj", "a.kpr", "b.obj", "b.kpr"};
-}
-
-void tst_koRepathEngine::apply()
-{
-    QFETCH(int, mode);
-    QFETCH(QStringList, paths);
-
-    const koTestHost host;
-    const QList<kodReferenceNode> nodes{makeReference(host, "a.obj", "a.kpr"), makeReference(host, "b.obj", "b.kpr")};
-    const QString folder = host.path(QStringLiteral("old"));
-    RepathEntryList entries;
-    QList<RepathEntry*>& list = entries;
-    list << new RepathEntry{nodes.at(0), RepathTarget::Source, folder + "/a"}
-         << new RepathEntry{nodes.at(1), RepathTarget::Smart, folder + "/b"}
-         << new RepathEntry{nodes.at(0), RepathTarget(7), folder + "/c"};
-    applyRepath(entries, RepathMode(mode));
-
-    QStringList actual;
-    for (const kodReferenceNode& node : nodes)
-        actual << QDir(folder).relativeFilePath(node.getSourcePath()) << QDir(folder).relativeFilePath(node.getSmartPath());
-    QCOMPARE(actual, paths);
 }
 
 void tst_koRepathEngine::failedPathsReadTheNodesAgain()

@@ -336,11 +336,12 @@ std::vector<koSceneViewport::ClusterRef> koSceneViewport::unhidden(const std::ve
         return clusters;
     const int width = qRound(this->width() * devicePixelRatioF());
     const int height = qRound(this->height() * devicePixelRatioF());
-    // Where the depth cannot be read, nothing is taken to hide anything.
-    std::vector<float> depth(size_t(width) * size_t(height), 1.0f);
+    // Where the depth cannot be read, nothing is taken to hide anything. The array is
+    // kept: fresh pages of that size each time cost as much as reading them.
+    m_depth.assign(size_t(width) * size_t(height), 1.0f);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depth.data());
-    const koDepthMap map(depth, width, height);
+    glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, m_depth.data());
+    const koDepthMap map(m_depth, width, height);
     const QMatrix4x4 viewProjection = m_camera.projection(aspect()) * m_camera.view();
     const auto hides = [&](const QVector3D& low, const QVector3D& high) {
         const QVector3D margin = (high - low) * boxMargin + QVector3D(1, 1, 1) * 1e-6f;

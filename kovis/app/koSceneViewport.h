@@ -94,6 +94,8 @@ private:
     // Owned by the context: flat shading, polygon modes, several draws in one call.
     QOpenGLFunctions_2_1* m_legacy = nullptr;
     std::vector<std::unique_ptr<ChunkBuffers>> m_buffers;
+    // The depth read back to find hidden clusters.
+    std::vector<float> m_depth;
     QPoint m_lastPosition;
     bool m_showEdges = false;
     bool m_cullHidden = true;

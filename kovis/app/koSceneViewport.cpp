@@ -63,7 +63,9 @@ koSceneViewport::koSceneViewport(koViewportGeometry* geometry, QWidget* parent)
     setFormat(format);
     setMinimumSize(64, 64);
     setFocusPolicy(Qt::StrongFocus);
-    connect(geometry, &koViewportGeometry::changed, this, QOverload<>::of(&QWidget::update));
+    // The framebuffer keeps the last frame, which a repaint without change shows again.
+    setUpdateBehavior(QOpenGLWidget::PartialUpdate);
+    connect(geometry, &koViewportGeometry::changed, this, &koSceneViewport::redraw);
 }
 
 koSceneViewport::~koSceneViewport()
@@ -85,6 +87,7 @@ void koSceneViewport::releaseBuffers()
 void koSceneViewport::initializeGL()
 {
     initializeOpenGLFunctions();
+    m_frameStale = true;
     connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &koSceneViewport::releaseBuffers);
     m_legacy = context()->versionFunctions<QOpenGLFunctions_2_1>();
     auto program = std::make_unique<QOpenGLShaderProgram>();
@@ -102,8 +105,16 @@ void koSceneViewport::initializeGL()
     m_program = std::move(program);
 }
 
+void koSceneViewport::redraw()
+{
+    m_frameStale = true;
+    update();
+}
+
 void koSceneViewport::paintGL()
 {
+    if (!m_frameStale)
+        return;
     QPainter painter(this);
     QLinearGradient gradient(0, 0, 0, height());
     gradient.setColorAt(0, QColor(0x4a, 0x58, 0x66));
@@ -119,6 +130,8 @@ void koSceneViewport::paintGL()
     QElapsedTimer timer;
     timer.start();
     drawChunks(step);
+    // A frame drawn in part while the camera moves is drawn whole once it stops.
+    m_frameStale = step > 1;
     if (step == 1) {
         glFinish();
         m_fullFrameMs = double(timer.nsecsElapsed()) / 1e6;
@@ -378,7 +391,7 @@ void koSceneViewport::fit(bool selectionOnly)
     QVector3D high;
     if ((selectionOnly && m_geometry->bounds(true, low, high)) || m_geometry->bounds(false, low, high)) {
         m_camera.frame(low, high, aspect());
-        update();
+        redraw();
     }
 }
 
@@ -390,6 +403,7 @@ void koSceneViewport::fitAll()
 
 void koSceneViewport::resizeGL(int, int)
 {
+    m_frameStale = true;
     if (m_keepFitting)
         fit(false);
 }
@@ -403,13 +417,13 @@ void koSceneViewport::fitSelection()
 void koSceneViewport::setCullHidden(bool cull)
 {
     m_cullHidden = cull;
-    update();
+    redraw();
 }
 
 void koSceneViewport::setShowEdges(bool show)
 {
     m_showEdges = show;
-    update();
+    redraw();
 }
 
 void koSceneViewport::mousePressEvent(QMouseEvent* event)
@@ -421,7 +435,7 @@ void koSceneViewport::mousePressEvent(QMouseEvent* event)
 void koSceneViewport::mouseReleaseEvent(QMouseEvent*)
 {
     m_moving = false;
-    update();
+    redraw();
 }
 
 void koSceneViewport::mouseMoveEvent(QMouseEvent* event)
@@ -437,12 +451,12 @@ void koSceneViewport::mouseMoveEvent(QMouseEvent* event)
     else
         return;
     m_keepFitting = false;
-    update();
+    redraw();
 }
 
 void koSceneViewport::wheelEvent(QWheelEvent* event)
 {
     m_camera.zoom(float(event->angleDelta().y()) / 120.0f);
     m_keepFitting = false;
-    update();
+    redraw();
 }

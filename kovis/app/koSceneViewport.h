@@ -68,6 +68,8 @@ private:
         int cluster;
     };
 
+    // What the view shows changed: the next paint draws a new frame.
+    void redraw();
     void fit(bool selectionOnly);
     void upload();
     static void groupClusters(ChunkBuffers& buffers);
@@ -99,6 +101,7 @@ private:
     QPoint m_lastPosition;
     bool m_showEdges = false;
     bool m_cullHidden = true;
+    bool m_frameStale = true;
     // Until the user moves the camera, a resize frames the whole scene again.
     bool m_keepFitting = false;
     // A mouse button is down on the view.

@@ -119,6 +119,17 @@ void tst_koViewportRender::demoIsDrawnWithoutHighlight()
     const QImage image = render();
     QVERIFY2(geometryPixels(image) > 5000, qPrintable(QString::number(geometryPixels(image))));
     QCOMPARE(highlightPixels(image), 0);
+    // Nothing changed: the repaint shows the frame kept from the last one. A new size
+    // draws anew, also once the camera no longer frames the scene by itself.
+    QCOMPARE(differingPixels(m_view->grabFramebuffer(), image), 0);
+    turnCamera(40);
+    const QImage turned = render();
+    const QSize size = m_session->window().size();
+    m_session->window().resize(size - QSize(100, 100));
+    koTestHost::settle();
+    m_session->window().resize(size);
+    QCOMPARE(differingPixels(render(), turned), 0);
+    turnCamera(-40);
 }
 
 void tst_koViewportRender::selectedReferenceFollowsTheScene_data()

@@ -6,8 +6,6 @@
 #include <kovis/kodReferenceNode.h>
 
 #include <QFileInfo>
-#include <QThread>
-#include <QtConcurrent/QtConcurrentMap>
 
 namespace {
 
@@ -87,15 +85,16 @@ void koReferenceFilterModel::setSearchText(const QRegExp& expression)
     // Row by row, the views hear of every row that leaves or comes back, and each time
     // move every expanded row they keep: on a large scene that costs far more than one
     // relayout. So the rows are laid out once under the new search, after which the
-    // base class takes the expression and finds nothing left to change; each row's
-    // verdict is worked out once for both passes.
+    // base class takes the expression and finds nothing left to change. Both passes
+    // read the verdicts worked out beforehand.
     matcherFor(expression);
-    ++m_searchRound;
-    judgeReferenceRows();
+    if (m_references && !m_search.isEmpty())
+        m_verdicts.judge(*m_references, m_search);
     m_searchPending = true;
     invalidate();
     setFilterRegExp(expression);
     m_searchPending = false;
+    m_verdicts.clear();
 }
 
 bool koReferenceFilterModel::isFilterEmpty() const
@@ -116,54 +115,19 @@ const koTextMatcher& koReferenceFilterModel::matcherFor(const QRegExp& expressio
     return m_search;
 }
 
-void koReferenceFilterModel::judgeReferenceRows() const
-{
-    if (!m_references || m_search.isEmpty())
-        return;
-    const QVector<const koReferenceModelItem*> items = m_references->referenceItems();
-    // Making a text reads the scene, which only this thread may do; once made, the
-    // texts are read on the other threads as well.
-    for (const koReferenceModelItem* item : items)
-        item->makeSearchTexts();
-    struct Share {
-        int begin;
-        int end;
-        // Each thread its own: a regular expression keeps the state of its last match.
-        koTextMatcher search;
-    };
-    QVector<Share> shares;
-    const int size = qMax(1024, int(items.size() / (4 * qMax(1, QThread::idealThreadCount()))));
-    for (int begin = 0; begin < items.size(); begin += size)
-        shares.append({begin, qMin(begin + size, int(items.size())), m_search});
-    QtConcurrent::blockingMap(shares, [&items, round = m_searchRound](const Share& share) {
-        for (int at = share.begin; at < share.end; ++at)
-            items.at(at)->rememberVerdict(round, matchesTexts(share.search, *items.at(at)));
-    });
-}
-
 bool koReferenceFilterModel::acceptsSearch(int sourceRow, const QModelIndex& sourceParent) const
 {
     // While a search is applied its matcher is at hand; reading the expression back copies it.
     const koTextMatcher& search = m_searchPending ? m_search : matcherFor(filterRegExp());
     if (search.isEmpty())
         return true;
-    const koReferenceModelItem* item = m_references ? m_references->referenceItem(sourceRow, sourceParent) : nullptr;
-    bool matched = false;
-    if (item && m_searchPending && item->knownVerdict(m_searchRound, matched))
-        return matched;
-    matched = item ? matchesTexts(search, *item) : matchesCells(search, sourceRow, sourceParent);
-    if (item && m_searchPending)
-        item->rememberVerdict(m_searchRound, matched);
-    return matched;
-}
-
-bool koReferenceFilterModel::matchesTexts(const koTextMatcher& search, const koReferenceModelItem& item)
-{
-    for (int column : koReferenceModelItem::searchColumns) {
-        if (search.matches(item.text(column)))
-            return true;
+    if (m_searchPending) {
+        const int verdict = m_verdicts.verdict(sourceRow, sourceParent);
+        if (verdict >= 0)
+            return verdict > 0;
     }
-    return false;
+    const koReferenceModelItem* item = m_references ? m_references->referenceItem(sourceRow, sourceParent) : nullptr;
+    return item ? item->matches(search) : matchesCells(search, sourceRow, sourceParent);
 }
 
 bool koReferenceFilterModel::matchesCells(const koTextMatcher& search, int sourceRow,

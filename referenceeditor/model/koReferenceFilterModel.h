@@ -1,5 +1,6 @@
 #pragma once
 
+#include "koReferenceSearchVerdicts.h"
 #include "koTextMatcher.h"
 
 #include <QRegExp>
@@ -46,10 +47,7 @@ public:
 
 private:
     const koTextMatcher& matcherFor(const QRegExp& expression) const;
-    // Works out the search's verdict on every reference row at once, on all cores.
-    void judgeReferenceRows() const;
     bool acceptsSearch(int sourceRow, const QModelIndex& sourceParent) const;
-    static bool matchesTexts(const koTextMatcher& search, const koReferenceModelItem& item);
     bool matchesCells(const koTextMatcher& search, int sourceRow, const QModelIndex& sourceParent) const;
     bool passesFlags(int sourceRow, const QModelIndex& sourceParent) const;
 
@@ -61,6 +59,6 @@ private:
     // for the plain text users type.
     mutable koTextMatcher m_search;
     bool m_searchPending = false;
-    // Counts the searches applied, so that rows can tell a verdict of this one.
-    quint64 m_searchRound = 0;
+    // While a search is applied: its verdict on every reference row.
+    koReferenceSearchVerdicts m_verdicts;
 };

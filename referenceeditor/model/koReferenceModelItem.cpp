@@ -3,6 +3,7 @@
 #include "HtmlDelegate.h"
 #include "koReferenceStateText.h"
 #include "koReferenceTreeModel.h"
+#include "koTextMatcher.h"
 
 #include <kovis/koFileStateText.h>
 
@@ -26,7 +27,6 @@ QVariant koReferenceModelItem::data(int column, int role) const
 void koReferenceModelItem::reload()
 {
     m_textKnown.reset();
-    m_verdictRound = 0;
     koNodeModelItem::reload();
 }
 
@@ -50,16 +50,13 @@ void koReferenceModelItem::makeSearchTexts() const
         cachedText(column);
 }
 
-bool koReferenceModelItem::knownVerdict(quint64 round, bool& matched) const
+bool koReferenceModelItem::matches(const koTextMatcher& search) const
 {
-    matched = m_verdict;
-    return round != 0 && round == m_verdictRound;
-}
-
-void koReferenceModelItem::rememberVerdict(quint64 round, bool matched) const
-{
-    m_verdictRound = round;
-    m_verdict = matched;
+    for (int column : searchColumns) {
+        if (search.matches(cachedText(column)))
+            return true;
+    }
+    return false;
 }
 
 QVariant koReferenceModelItem::richText(int column) const

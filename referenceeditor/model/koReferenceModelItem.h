@@ -6,6 +6,8 @@
 #include <array>
 #include <bitset>
 
+class koTextMatcher;
+
 // One reference row. Column 0 is the node (the model adds the file labels); the smart
 // link's status, date, owner and location follow, then the same for the source link.
 // In the graph an item's children are the nearest references below its node.
@@ -45,11 +47,8 @@ public:
     // Makes the texts of the search columns, so that other threads can read them.
     void makeSearchTexts() const;
 
-    // The search's verdict on this row while one search is applied (round): the proxy
-    // asks for each row several times in one keystroke, and works the verdicts out
-    // ahead on several threads.
-    bool knownVerdict(quint64 round, bool& matched) const;
-    void rememberVerdict(quint64 round, bool matched) const;
+    // Whether the search finds its expression in the name or either location.
+    bool matches(const koTextMatcher& search) const;
 
     // The nearest reference nodes below the node, in scene order.
     static QList<kodNode> referencesBelow(const kodNode& node);
@@ -65,6 +64,4 @@ private:
     bool m_nested;
     mutable std::array<QString, ColumnCount> m_texts;
     mutable std::bitset<ColumnCount> m_textKnown;
-    mutable quint64 m_verdictRound = 0;
-    mutable bool m_verdict = false;
 };

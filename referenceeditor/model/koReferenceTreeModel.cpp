@@ -45,31 +45,15 @@ const koReferenceModelItem* koReferenceTreeModel::referenceItem(int row, const Q
     koModelItem* parentItem = getRootItem();
     if (parent.isValid() && (parent.column() != 0 || !tryGetItem(parent, parentItem)))
         return nullptr;
-    const koModelItem* item = parentItem ? parentItem->child(row) : nullptr;
-    return item ? asReferenceItem(item) : nullptr;
+    return parentItem ? referenceItemOf(parentItem->child(row)) : nullptr;
 }
 
-QVector<const koReferenceModelItem*> koReferenceTreeModel::referenceItems() const
-{
-    QVector<const koReferenceModelItem*> items;
-    QVector<const koModelItem*> pending{getRootItem()};
-    while (!pending.isEmpty()) {
-        const koModelItem* next = pending.takeLast();
-        if (!next)
-            continue;
-        for (int row = next->childCount() - 1; row >= 0; --row)
-            pending.append(next->child(row));
-        if (const koReferenceModelItem* item = asReferenceItem(next))
-            items.append(item);
-    }
-    return items;
-}
-
-const koReferenceModelItem* koReferenceTreeModel::asReferenceItem(const koModelItem* item)
+const koReferenceModelItem* koReferenceTreeModel::referenceItemOf(const koModelItem* item)
 {
     // The class is final: comparing the type costs less than a dynamic_cast, which a
     // search would pay for every row of the scene.
-    return typeid(*item) == typeid(koReferenceModelItem) ? static_cast<const koReferenceModelItem*>(item) : nullptr;
+    return item && typeid(*item) == typeid(koReferenceModelItem) ? static_cast<const koReferenceModelItem*>(item)
+                                                                  : nullptr;
 }
 
 QVariant koReferenceTreeModel::data(const QModelIndex& index, int role) const

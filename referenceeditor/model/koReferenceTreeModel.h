@@ -3,8 +3,6 @@
 #include <kovis/koItemModel.h>
 #include <kovis/kodReferenceNode.h>
 
-#include <QVector>
-
 #include <functional>
 
 class koReferenceModelItem;
@@ -31,11 +29,10 @@ public:
     // The reference row at row of parent, null for any other row. Its texts are the
     // cells' display texts, without a variant or an index for each.
     const koReferenceModelItem* referenceItem(int row, const QModelIndex& parent) const;
-    // Every reference row the model holds now, each parent before its children.
-    QVector<const koReferenceModelItem*> referenceItems() const;
+    // The item as a reference row; null for any other item.
+    static const koReferenceModelItem* referenceItemOf(const koModelItem* item);
 
 private:
-    static const koReferenceModelItem* asReferenceItem(const koModelItem* item);
     static kodReferenceNode referenceOf(const koModelItem* item);
     static QString labelledName(const kodReferenceNode& reference,
                                 const std::function<QString(const QString&)>& escape);

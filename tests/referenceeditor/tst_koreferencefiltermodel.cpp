@@ -65,6 +65,18 @@ QStringList visibleNames(const QAbstractItemModel& model)
     return names;
 }
 
+// Every row's name, depth first.
+QStringList namesBelow(const QAbstractItemModel& model, const QModelIndex& parent = QModelIndex())
+{
+    QStringList names;
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        names.append(index.data(Qt::UserRole).value<kodNode>().getName());
+        names.append(namesBelow(model, index));
+    }
+    return names;
+}
+
 // "2" turns key 2 on; "8:osb" turns the file-type key on for suffix osb.
 void applyFlags(koReferenceFilterModel& filter, const QStringList& flags)
 {
@@ -304,12 +316,17 @@ void tst_koReferenceFilterModel::searchAheadAgreesWithRowByRow_data()
     QTest::addColumn<QString>("pattern");
     QTest::addColumn<bool>("caseSensitive");
     QTest::addColumn<int>("syntax");
+    QTest::addColumn<bool>("graph");
 
     const int fixed = QRegExp::FixedString;
-    QTest::newRow("plain without case") << "BOLT 12" << false << fixed;
-    QTest::newRow("plain with case") << "b4" << true << fixed;
-    QTest::newRow("regular expression") << "^Bolt \\d*7 " << true << int(QRegExp::RegExp);
-    QTest::newRow("wildcard") << "*9?.obj" << false << int(QRegExp::Wildcard);
+    for (const bool graph : {false, true}) {
+        const char* const shape = graph ? "graph" : "list";
+        QTest::addRow("%s, plain without case", shape) << "BOLT 12" << false << fixed << graph;
+        QTest::addRow("%s, the project alone", shape) << "MANY" << false << fixed << graph;
+        QTest::addRow("%s, plain with case", shape) << "b4" << true << fixed << graph;
+        QTest::addRow("%s, regular expression", shape) << "^Bolt \\d*7 " << true << int(QRegExp::RegExp) << graph;
+        QTest::addRow("%s, wildcard", shape) << "*9?.obj" << false << int(QRegExp::Wildcard) << graph;
+    }
 }
 
 void tst_koReferenceFilterModel::searchAheadAgreesWithRowByRow()
@@ -317,6 +334,7 @@ void tst_koReferenceFilterModel::searchAheadAgreesWithRowByRow()
     QFETCH(QString, pattern);
     QFETCH(bool, caseSensitive);
     QFETCH(int, syntax);
+    QFETCH(bool, graph);
 
     // More references than one thread's share of a search.
     QJsonArray references;
@@ -327,21 +345,24 @@ void tst_koReferenceFilterModel::searchAheadAgreesWithRowByRow()
     QVERIFY(koService<koFileIOService>()->loadProject(m_host.writeProject(QStringLiteral("many.kpr"), references)));
     koReferenceTreeModel model;
     model.setHeader(koReferenceTreeModel::columnTitles());
-    model.setRootItem(new koReferenceFlatModelItem(kodNode()));
+    model.setRootItem(graph ? static_cast<koModelItem*>(new koReferenceTreeRootItem(kodNode()))
+                            : new koReferenceFlatModelItem(kodNode()));
     const QRegExp expression(pattern, caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive,
                              QRegExp::PatternSyntax(syntax));
     koReferenceFilterModel ahead;
+    ahead.setRecursiveFilteringEnabled(true);
     ahead.setSourceModel(&model);
     // Views read the rows as soon as the layout changes, while the search is applied.
     QStringList seenByViews;
-    connect(&ahead, &QAbstractItemModel::layoutChanged, this, [&] { seenByViews = visibleNames(ahead); });
+    connect(&ahead, &QAbstractItemModel::layoutChanged, this, [&] { seenByViews = namesBelow(ahead); });
     ahead.setSearchText(expression);
     koReferenceFilterModel rowByRow;
+    rowByRow.setRecursiveFilteringEnabled(true);
     rowByRow.setSourceModel(&model);
     rowByRow.QSortFilterProxyModel::setFilterRegExp(expression);
 
     QVERIFY(!seenByViews.isEmpty());
-    QCOMPARE(seenByViews, visibleNames(rowByRow));
+    QCOMPARE(seenByViews, namesBelow(rowByRow));
 }
 
 QTEST_MAIN(tst_koReferenceFilterModel)

@@ -88,13 +88,32 @@ void koReferenceFilterModel::setSearchText(const QRegExp& expression)
     // base class takes the expression and finds nothing left to change. Both passes
     // read the verdicts worked out beforehand.
     matcherFor(expression);
-    if (m_references && !m_search.isEmpty())
+    const bool judged = m_references && !m_search.isEmpty();
+    if (judged)
         m_verdicts.judge(*m_references, m_search);
     m_searchPending = true;
     invalidate();
     setFilterRegExp(expression);
+    // The window opens every branch after a search, and the proxy filters the rows
+    // below a branch when it is first asked for them: asked now, they read the
+    // verdicts rather than being matched again, a copy of the expression each.
+    if (judged)
+        mapEveryBranch();
     m_searchPending = false;
     m_verdicts.clear();
+}
+
+void koReferenceFilterModel::mapEveryBranch()
+{
+    QVector<QModelIndex> pending{QModelIndex()};
+    while (!pending.isEmpty()) {
+        const QModelIndex parent = pending.takeLast();
+        for (int row = 0, count = rowCount(parent); row < count; ++row) {
+            const QModelIndex child = index(row, 0, parent);
+            if (hasChildren(child))
+                pending.append(child);
+        }
+    }
 }
 
 bool koReferenceFilterModel::isFilterEmpty() const

@@ -47,6 +47,8 @@ public:
 
 private:
     const koTextMatcher& matcherFor(const QRegExp& expression) const;
+    // Has the proxy filter the rows below every branch.
+    void mapEveryBranch();
     bool acceptsSearch(int sourceRow, const QModelIndex& sourceParent) const;
     bool matchesCells(const koTextMatcher& search, int sourceRow, const QModelIndex& sourceParent) const;
     bool passesFlags(int sourceRow, const QModelIndex& sourceParent) const;

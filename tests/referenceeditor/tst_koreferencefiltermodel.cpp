@@ -363,6 +363,7 @@ void tst_koReferenceFilterModel::searchAheadAgreesWithRowByRow()
 
     QVERIFY(!seenByViews.isEmpty());
     QCOMPARE(seenByViews, namesBelow(rowByRow));
+    QCOMPARE(namesBelow(ahead), seenByViews);
 }
 
 QTEST_MAIN(tst_koReferenceFilterModel)

@@ -37,6 +37,7 @@ class tst_koViewportRender : public QObject
 
 private slots:
     void initTestCase();
+    void init();
     void cleanupTestCase();
     void demoIsDrawnWithoutHighlight();
     void selectedReferenceFollowsTheScene_data();
@@ -50,7 +51,6 @@ private:
     QImage render() const;
     int highlightPixels(const QImage& image) const;
     int geometryPixels(const QImage& image) const;
-    // Draws the empty scene first, as the background that geometry pixels differ from.
     void openDemo();
     // A scene of parts, each a mesh on the corners of the unit cube, placed.
     void loadCubeMeshes(const QVector<QPair<QVector<quint32>, QMatrix4x4>>& parts);
@@ -75,6 +75,13 @@ void tst_koViewportRender::initTestCase()
     QVERIFY2(m_view, "no OpenGL context under this X server");
 }
 
+// Draws the empty scene first, as the background that geometry pixels differ from.
+void tst_koViewportRender::init()
+{
+    koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->newProject();
+    m_background = render();
+}
+
 void tst_koViewportRender::cleanupTestCase()
 {
     m_session.reset();
@@ -88,10 +95,8 @@ QImage tst_koViewportRender::render() const
 
 void tst_koViewportRender::openDemo()
 {
-    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
-    fileIO->newProject();
-    m_background = render();
-    QVERIFY(fileIO->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    QVERIFY(koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>()->loadProject(
+        QStringLiteral(KOVIS_DEMO_PROJECT)));
 }
 
 int tst_koViewportRender::highlightPixels(const QImage& image) const
@@ -266,9 +271,6 @@ void tst_koViewportRender::meshLooksTheSameHoweverWound()
     QFETCH(QVector<quint32>, variant);
     QFETCH(bool, mirrored);
 
-    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
-    fileIO->newProject();
-    m_background = render();
     const QImage expected = renderCubeMesh(reference, QMatrix4x4());
     QMatrix4x4 placement;
     if (mirrored) {
@@ -278,7 +280,6 @@ void tst_koViewportRender::meshLooksTheSameHoweverWound()
     const int differing = differingPixels(renderCubeMesh(variant, placement), expected);
     QVERIFY2(geometryPixels(expected) > 5000, qPrintable(QString::number(geometryPixels(expected))));
     QVERIFY2(differing < geometryPixels(expected) / 100, qPrintable(QString::number(differing)));
-    fileIO->newProject();
 }
 
 // A part hidden behind a wall is left out of the frames that do not show it; once the
@@ -288,9 +289,6 @@ void tst_koViewportRender::hiddenPartShowsOnceTheCameraTurns()
     QMatrix4x4 wall;
     wall.translate(-10, -10, 2);
     wall.scale(21, 21, 1);
-    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
-    fileIO->newProject();
-    m_background = render();
     loadCubeMeshes({{box, QMatrix4x4()}, {sheet, wall}});
     m_view->fitAll();
     render();
@@ -309,7 +307,6 @@ void tst_koViewportRender::hiddenPartShowsOnceTheCameraTurns()
     const QImage expected = render();
     QVERIFY2(differingPixels(expected, wallOnlyTurned) > 20, qPrintable(QString::number(differingPixels(expected, wallOnlyTurned))));
     QCOMPARE(differingPixels(turned, expected), 0);
-    fileIO->newProject();
 }
 
 // No frame has seen any part of a scene just loaded: the first draws those that show in
@@ -324,9 +321,6 @@ void tst_koViewportRender::largeSceneLooksTheSameWithHiddenPartsLeftOut()
         place.translate(2.0f * float(index % side), 2.0f * float(index / side % side), 2.0f * float(index / side / side));
         parts.append({box, place});
     }
-    auto* fileIO = koKernelServiceFactory::the()->getServiceOrNull<koFileIOService>();
-    fileIO->newProject();
-    m_background = render();
     loadCubeMeshes(parts);
     m_view->fitAll();
     const QImage first = m_view->grabFramebuffer();
@@ -337,7 +331,6 @@ void tst_koViewportRender::largeSceneLooksTheSameWithHiddenPartsLeftOut()
     QVERIFY2(geometryPixels(whole) > 5000, qPrintable(QString::number(geometryPixels(whole))));
     QCOMPARE(differingPixels(first, whole), 0);
     QCOMPARE(differingPixels(later, whole), 0);
-    fileIO->newProject();
 }
 
 QTEST_MAIN(tst_koViewportRender)

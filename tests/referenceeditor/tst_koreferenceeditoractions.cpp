@@ -36,7 +36,8 @@ private slots:
     void entriesStartTheirFlows();
 
 private:
-    QMenu* menu(const QString& name) const;
+    // The menu bar's, the context menu's and the quick action bar's entries.
+    QList<QAction*> menus() const;
     // Every entry of the context menu by path ("Edit/Rename"), the two information
     // actions and the two path fields, each with whether it is enabled.
     QMap<QString, bool> enabledStates() const;
@@ -76,22 +77,10 @@ void tst_koReferenceEditorActions::cleanup()
     m_module.reset();
 }
 
-QMenu* tst_koReferenceEditorActions::menu(const QString& name) const
+QList<QAction*> tst_koReferenceEditorActions::menus() const
 {
-    QList<QAction*> entries = m_module->menuBar()->actions();
-    entries += m_module->actions()->contextMenu()->menuAction();
-    entries += m_module->filterMenu()->menu()->menuAction();
-    entries += m_module->findChild<QToolBar*>(QStringLiteral("QuickActionBar"))->actions();
-    QMenu* found = nullptr;
-    for (const QString& part : name.split(QLatin1Char('/'))) {
-        const auto entry = std::find_if(entries.cbegin(), entries.cend(),
-                                        [&part](const QAction* action) { return action->text() == part; });
-        if (entry == entries.cend())
-            return nullptr;
-        found = (*entry)->menu();
-        entries = found ? found->actions() : QList<QAction*>();
-    }
-    return found;
+    return m_module->menuBar()->actions() + QList<QAction*>{m_module->actions()->contextMenu()->menuAction()}
+        + m_module->findChild<QToolBar*>(QStringLiteral("QuickActionBar"))->actions();
 }
 
 QMap<QString, bool> tst_koReferenceEditorActions::enabledStates() const
@@ -200,24 +189,21 @@ void tst_koReferenceEditorActions::selectionDecidesWhatIsEnabled()
         nodes << reference(name);
     m_module->actions()->updateActions(nodes);
 
+    // An expectation "every entry but these" lists the disabled ones.
+    const bool allBut = enabled.value(0) == QLatin1String("*");
     const QMap<QString, bool> states = enabledStates();
     QStringList actual;
     for (auto state = states.cbegin(); state != states.cend(); ++state) {
-        if (state.value())
+        if (state.value() != allBut)
             actual << state.key();
     }
-    QStringList expected = enabled;
-    if (enabled.value(0) == QLatin1String("*")) {
-        expected = states.keys();
-        for (const QString& entry : enabled)
-            expected.removeOne(entry);
-    }
+    QStringList expected = enabled.mid(allBut ? 1 : 0);
+    expected.removeDuplicates();
     expected.sort();
     QCOMPARE(actual, expected);
-    QCOMPARE(m_module->m_smartFile->text().isEmpty(), smartPath.isEmpty());
-    QVERIFY2(m_module->m_smartFile->text().endsWith(smartPath), qPrintable(m_module->m_smartFile->text()));
-    QCOMPARE(m_module->m_sourceFile->text().isEmpty(), sourcePath.isEmpty());
-    QVERIFY2(m_module->m_sourceFile->text().endsWith(sourcePath), qPrintable(m_module->m_sourceFile->text()));
+    const QDir demo = QFileInfo(QStringLiteral(KOVIS_DEMO_PROJECT)).dir();
+    QCOMPARE(m_module->m_smartFile->text(), smartPath.isEmpty() ? QString() : demo.filePath(smartPath));
+    QCOMPARE(m_module->m_sourceFile->text(), sourcePath.isEmpty() ? QString() : demo.filePath(sourcePath));
 }
 
 void tst_koReferenceEditorActions::rulesRunOnSelectionReloadAndContextMenu()
@@ -290,10 +276,7 @@ void tst_koReferenceEditorActions::filterEntriesFilterTheList()
     koTestHost::findNode(QStringLiteral("Tubes")).setName(QStringLiteral("Tubing"));
     m_module->m_listMode->setCurrentIndex(1);
     koTestHost::settle();
-    for (QAction* action : m_module->filterMenu()->menu()->actions()) {
-        if (action->text() == entry)
-            action->trigger();
-    }
+    koTestHost::findAction(m_module->filterMenu()->menu()->actions(), entry)->trigger();
     QCOMPARE(listedNames(), listed);
     QVERIFY(m_module->filterMenu()->button()->isChecked());
 }
@@ -371,10 +354,7 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
     m_module->m_searchBox->setText(QStringLiteral("[f]rame"));
     QCOMPARE(m_module->filterModel()->rowCount(), 0);
 
-    for (QAction* action : m_module->filterMenu()->menu()->actions()) {
-        if (action->text() == QLatin1String("Missing"))
-            action->trigger();
-    }
+    koTestHost::findAction(m_module->filterMenu()->menu()->actions(), QStringLiteral("Missing"))->trigger();
     QVERIFY(m_module->filterMenu()->button()->isChecked());
     m_module->filterMenu()->menu()->actions().first()->trigger();
     QVERIFY(m_module->m_searchBox->text().isEmpty());
@@ -388,30 +368,27 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
 
 void tst_koReferenceEditorActions::entriesStartTheirFlows_data()
 {
-    QTest::addColumn<QString>("menu");
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("selected");
     // The file dialog's caption, a dialog's object name, or "created" for a new reference.
     QTest::addColumn<QString>("shows");
 
-    QTest::newRow("save all") << "File" << "Save All Smart Reference Changes" << "Bell"
-                              << "koReferenceSmartLocationDialog";
-    QTest::newRow("save smart changes") << "Context Menu" << "Save Smart Changes" << "Bell"
+    QTest::newRow("save all") << "File/Save All Smart Reference Changes" << "Bell" << "koReferenceSmartLocationDialog";
+    QTest::newRow("save smart changes") << "Context Menu/Save Smart Changes" << "Bell"
                                         << "koReferenceSmartLocationDialog";
-    QTest::newRow("save smart as") << "Context Menu" << "Save Smart As" << "Frame" << "Save Smart Reference As";
-    QTest::newRow("new smart reference") << "Context Menu/Create Smart" << "New" << "Frame" << "created";
-    QTest::newRow("smart reference from files") << "Context Menu/Create Smart" << "From File..." << "Frame"
+    QTest::newRow("save smart as") << "Context Menu/Save Smart As" << "Frame" << "Save Smart Reference As";
+    QTest::newRow("new smart reference") << "Context Menu/Create Smart/New" << "Frame" << "created";
+    QTest::newRow("smart reference from files") << "Context Menu/Create Smart/From File..." << "Frame"
                                                 << "Create Smart Reference";
-    QTest::newRow("source reference") << "Context Menu" << "Create Source" << "Frame" << "Load Source Reference";
-    QTest::newRow("source reference from the quick action bar") << "Create" << "Create Source" << "Frame"
+    QTest::newRow("source reference") << "Context Menu/Create Source" << "Frame" << "Load Source Reference";
+    QTest::newRow("source reference from the quick action bar") << "Create/Create Source" << "Frame"
                                                                 << "Load Source Reference";
-    QTest::newRow("replace smart") << "Context Menu" << "Replace Smart" << "Frame" << "Replace Smart Reference";
-    QTest::newRow("replace source") << "Context Menu" << "Replace Source" << "Frame" << "Replace Source Reference";
+    QTest::newRow("replace smart") << "Context Menu/Replace Smart" << "Frame" << "Replace Smart Reference";
+    QTest::newRow("replace source") << "Context Menu/Replace Source" << "Frame" << "Replace Source Reference";
 }
 
 void tst_koReferenceEditorActions::entriesStartTheirFlows()
 {
-    QFETCH(QString, menu);
     QFETCH(QString, entry);
     QFETCH(QString, selected);
     QFETCH(QString, shows);
@@ -423,28 +400,21 @@ void tst_koReferenceEditorActions::entriesStartTheirFlows()
     const int references = koService<koReferenceService>()->getSceneReferences().size();
     koScriptedFileDialog files;
     koDialogDriver driver;
-    QString dialogShown;
-    driver.handleDialog([&dialogShown](QDialog* dialog) {
-        dialogShown = dialog->objectName();
+    QStringList shown;
+    driver.handleDialog([&shown](QDialog* dialog) {
+        shown << dialog->objectName();
         dialog->reject();
     });
-
-    QMenu* entries = this->menu(menu);
-    QVERIFY(entries);
-    const QList<QAction*> actions = entries->actions();
-    const auto action = std::find_if(actions.cbegin(), actions.cend(), [&](QAction* a) { return a->text() == entry; });
-    QVERIFY(action != actions.cend());
-    (*action)->trigger();
+    QAction* action = koTestHost::findAction(menus(), entry);
+    QVERIFY(action);
+    action->trigger();
     koTestHost::settle();
 
-    if (shows == "created")
-        QCOMPARE(koService<koReferenceService>()->getSceneReferences().size(), references + 1);
-    else if (shows.startsWith("ko"))
-        QCOMPARE(dialogShown, shows);
-    else {
-        QCOMPARE(files.calls().size(), 1);
-        QCOMPARE(files.calls().first().caption, shows);
-    }
+    for (const koFileDialog::Call& call : files.calls())
+        shown << call.caption;
+    if (koService<koReferenceService>()->getSceneReferences().size() == references + 1)
+        shown << QStringLiteral("created");
+    QCOMPARE(shown, QStringList{shows});
 }
 
 QTEST_MAIN(tst_koReferenceEditorActions)

@@ -5,9 +5,11 @@
 #include <kovis/koKernelServiceFactory.h>
 #include <kovis/koLogService.h>
 #include <kovis/koReferenceService.h>
+#include <kovis/koTreeService.h>
 
 #include <QDir>
 #include <QJsonDocument>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -18,14 +20,13 @@ class tst_koProjectFile : public QObject
     Q_OBJECT
 
 private slots:
-    void loadingIsAnnounced_data();
-    void loadingIsAnnounced();
+    void initTestCase();
     void badProjectLoadsNothing_data();
     void badProjectLoadsNothing();
     void referenceIncludingItselfStaysUnloaded_data();
     void referenceIncludingItselfStaysUnloaded();
-    void failedSaveKeepsFileAndScene();
-    void saveLeavesNoTemporaryFiles();
+    void saveReplacesTheWholeFileOrNothing_data();
+    void saveReplacesTheWholeFileOrNothing();
     void awkwardValuesSurviveSaving_data();
     void awkwardValuesSurviveSaving();
     void linksInsideTheProjectAreRelative_data();
@@ -39,27 +40,33 @@ namespace {
 
 QString lastLogMessage()
 {
-    const auto entries = koService<koLogService>()->entries();
-    return entries.isEmpty() ? QString() : entries.last().message;
+    return koService<koLogService>()->lastMessage();
 }
 
-QByteArray project(const QByteArray& root)
+// Single quotes in the root stand for double ones, to keep the rows readable.
+QByteArray project(QByteArray root)
 {
-    return "{\"format\": \"kovis-project\", \"version\": 1, \"root\": " + root + "}";
+    return "{\"format\": \"kovis-project\", \"version\": 1, \"root\": " + root.replace('\'', '"') + "}";
+}
+
+// A project whose root group "r" holds the node.
+QByteArray holding(const QByteArray& node)
+{
+    return project("{'type': 'group', 'name': 'r', 'children': [" + node + "]}");
 }
 
 QByteArray nested(int depth)
 {
-    QByteArray node = "{\"type\": \"group\", \"name\": \"leaf\"}";
+    QByteArray node = "{'type': 'group', 'name': 'leaf'}";
     for (int i = 0; i < depth; ++i)
-        node = "{\"type\": \"group\", \"name\": \"n\", \"children\": [" + node + "]}";
+        node = "{'type': 'group', 'name': 'n', 'children': [" + node + "]}";
     return node;
 }
 
 QByteArray referenceTo(const QByteArray& name, const QByteArray& smart)
 {
-    return project("{\"type\": \"group\", \"name\": \"" + name + "\", \"children\": [{\"type\": \"reference\", "
-                   "\"name\": \"" + name + " ref\", \"smart\": \"" + smart + "\"}]}");
+    return project("{'type': 'group', 'name': '" + name + "', 'children': [{'type': 'reference', 'name': '" + name
+                   + " ref', 'smart': '" + smart + "'}]}");
 }
 
 QStringList filesIn(const QString& folder)
@@ -86,31 +93,6 @@ QString describe(const koSceneNodeDesc& node)
     return fields.join(QLatin1Char('|'));
 }
 
-// Sets the process's time zone while it lives; a POSIX rule needs no time zone database.
-class ScopedTimeZone
-{
-public:
-    explicit ScopedTimeZone(const QByteArray& zone)
-        : m_saved(qgetenv("TZ"))
-        , m_wasSet(qEnvironmentVariableIsSet("TZ"))
-    {
-        qputenv("TZ", zone);
-        tzset();
-    }
-    ~ScopedTimeZone()
-    {
-        if (m_wasSet)
-            qputenv("TZ", m_saved);
-        else
-            qunsetenv("TZ");
-        tzset();
-    }
-
-private:
-    QByteArray m_saved;
-    bool m_wasSet;
-};
-
 koSceneNodeDesc projectHolding(const koSceneNodeDesc& node)
 {
     koSceneNodeDesc root;
@@ -133,27 +115,11 @@ koSceneNodeDesc referenceNode(const QString& name, const QString& smart = QStrin
 
 Q_DECLARE_METATYPE(koSceneNodeDesc)
 
-void tst_koProjectFile::loadingIsAnnounced_data()
+void tst_koProjectFile::initTestCase()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<bool>("success");
-    QTest::newRow("valid") << project("{\"type\": \"group\", \"name\": \"r\"}") << true;
-    QTest::newRow("invalid") << QByteArray("{") << false;
-}
-
-void tst_koProjectFile::loadingIsAnnounced()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(bool, success);
-
-    const QString file = m_host.writeFile(QStringLiteral("project.kpr"), content);
-    QSignalSpy started(koService<koFileIOService>(), &koFileIOService::projectLoad);
-    QSignalSpy finished(koService<koFileIOService>(), &koFileIOService::projectLoadFinished);
-    QCOMPARE(koService<koFileIOService>()->loadProject(file), success);
-    QCOMPARE(started.count(), 1);
-    QCOMPARE(started.at(0).at(0).toString(), file);
-    QCOMPARE(finished.count(), 1);
-    QCOMPARE(finished.at(0).at(1).toBool(), success);
+    // Local dates in the rows are read west of UTC; a POSIX rule needs no time zone database.
+    qputenv("TZ", "EST5");
+    tzset();
 }
 
 void tst_koProjectFile::badProjectLoadsNothing_data()
@@ -162,58 +128,43 @@ void tst_koProjectFile::badProjectLoadsNothing_data()
     QTest::addColumn<QString>("message");
 
     QTest::newRow("empty file") << QByteArray() << "illegal value";
-    QTest::newRow("truncated") << project("{\"type\": \"group\", \"na") << "offset";
+    QTest::newRow("truncated") << project("{'type': 'group', 'na") << "offset";
     QTest::newRow("not a project") << QByteArray("{\"format\": \"something\", \"root\": {}}") << "not a Kovis project";
     QTest::newRow("no version") << QByteArray("{\"format\": \"kovis-project\"}") << "no valid format version";
     QTest::newRow("newer version") << QByteArray("{\"format\": \"kovis-project\", \"version\": 7, \"root\": {}}")
                                    << "newer version";
     QTest::newRow("root not a node") << project("[1, 2]") << "must be an object";
-    QTest::newRow("root is a reference") << project("{\"type\": \"reference\", \"name\": \"r\"}") << "root node must be a group";
-    QTest::newRow("name is a number") << project("{\"type\": \"group\", \"name\": 12}") << "\"name\" must be a text";
-    QTest::newRow("name missing") << project("{\"type\": \"group\"}") << "\"name\" is missing";
-    QTest::newRow("unknown node type")
-        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"camera\", \"name\": \"c\"}]}")
-        << "unknown node type \"camera\"";
-    QTest::newRow("children not a list") << project("{\"type\": \"group\", \"name\": \"r\", \"children\": {}}")
+    QTest::newRow("root is a reference") << project("{'type': 'reference', 'name': 'r'}") << "root node must be a group";
+    QTest::newRow("name is a number") << project("{'type': 'group', 'name': 12}") << "\"name\" must be a text";
+    QTest::newRow("name missing") << project("{'type': 'group'}") << "\"name\" is missing";
+    QTest::newRow("unknown node type") << holding("{'type': 'camera', 'name': 'c'}") << "unknown node type \"camera\"";
+    QTest::newRow("children not a list") << project("{'type': 'group', 'name': 'r', 'children': {}}")
                                          << "\"children\" must be a list";
-    QTest::newRow("visible as text") << project("{\"type\": \"group\", \"name\": \"r\", \"visible\": \"no\"}")
+    QTest::newRow("visible as text") << project("{'type': 'group', 'name': 'r', 'visible': 'no'}")
                                      << "\"visible\" must be true or false";
-    QTest::newRow("short transform") << project("{\"type\": \"group\", \"name\": \"r\", \"transform\": [1, 2, 3]}")
-                                     << "16 numbers";
-    QTest::newRow("negative vertex count")
-        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"geometry\", \"name\": \"g\", "
-                   "\"vertices\": -4}]}")
-        << "\"vertices\" must be a whole number";
-    QTest::newRow("smart path as number")
-        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"reference\", \"name\": \"x\", "
-                   "\"smart\": 42}]}")
-        << "\"smart\" must be a text";
-    QTest::newRow("bad import date")
-        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"reference\", \"name\": \"x\", "
-                   "\"sourceImported\": \"yesterday\"}]}")
-        << "\"sourceImported\" must be a date";
-    QTest::newRow("huge name") << project("{\"type\": \"group\", \"name\": \"" + QByteArray(100000, 'x') + "\"}")
+    QTest::newRow("short transform") << project("{'type': 'group', 'name': 'r', 'transform': [1, 2, 3]}") << "16 numbers";
+    QTest::newRow("negative vertex count") << holding("{'type': 'geometry', 'name': 'g', 'vertices': -4}")
+                                           << "\"vertices\" must be a whole number";
+    QTest::newRow("smart path as number") << holding("{'type': 'reference', 'name': 'x', 'smart': 42}")
+                                          << "\"smart\" must be a text";
+    QTest::newRow("bad import date") << holding("{'type': 'reference', 'name': 'x', 'sourceImported': 'yesterday'}")
+                                     << "\"sourceImported\" must be a date";
+    QTest::newRow("huge name") << project("{'type': 'group', 'name': '" + QByteArray(100000, 'x') + "'}")
                                << "longer than 4096 characters";
     QTest::newRow("deep nesting") << project(nested(300)) << "nested more than 256 levels deep";
     QTest::newRow("local date past year 9999 in UTC")
-        << project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"reference\", \"name\": \"x\", "
-                   "\"sourceImported\": \"9999-12-31T23:00:00\"}]}")
+        << holding("{'type': 'reference', 'name': 'x', 'sourceImported': '9999-12-31T23:00:00'}")
         << "\"sourceImported\" holds a date that cannot be written back";
     QTest::newRow("transform beyond a float")
-        << project("{\"type\": \"group\", \"name\": \"r\", \"transform\": [1e39, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, "
-                   "0, 0, 0, 1]}")
+        << project("{'type': 'group', 'name': 'r', 'transform': [1e39, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1]}")
         << "\"transform\" holds 1e+39";
     // One position (12 bytes, base 64 "AAAA..."), and a triangle that points past it.
-    const QByteArray onePosition = "\"positions\": \"AAAAAAAAAAAAAAAA\"";
-    const auto geometry = [](const QByteArray& mesh) {
-        return project("{\"type\": \"group\", \"name\": \"r\", \"children\": [{\"type\": \"geometry\", "
-                       "\"name\": \"g\", \"mesh\": {" + mesh + "}}]}");
-    };
+    const auto mesh = [](const QByteArray& mesh) { return holding("{'type': 'geometry', 'name': 'g', 'mesh': {" + mesh + "}}"); };
     QTest::newRow("mesh corner past its positions")
-        << geometry(onePosition + ", \"triangles\": \"AAAAAAAAAAABAAAA\"") << "triangle corner past its 1 positions";
-    QTest::newRow("mesh positions cut short") << geometry("\"positions\": \"AAAA\", \"triangles\": \"\"")
+        << mesh("'positions': 'AAAAAAAAAAAAAAAA', 'triangles': 'AAAAAAAAAAABAAAA'") << "triangle corner past its 1 positions";
+    QTest::newRow("mesh positions cut short") << mesh("'positions': 'AAAA', 'triangles': ''")
                                               << "\"positions\" in base 64, 12 bytes an item";
-    QTest::newRow("mesh triangles not base 64") << geometry(onePosition + ", \"triangles\": \"*\"")
+    QTest::newRow("mesh triangles not base 64") << mesh("'positions': 'AAAAAAAAAAAAAAAA', 'triangles': '*'")
                                                 << "\"triangles\" in base 64";
 }
 
@@ -222,9 +173,8 @@ void tst_koProjectFile::badProjectLoadsNothing()
     QFETCH(QByteArray, content);
     QFETCH(QString, message);
 
-    // Local dates in the rows are read west of UTC.
-    const ScopedTimeZone westOfUtc("EST5");
-
+    QSignalSpy started(koService<koFileIOService>(), &koFileIOService::projectLoad);
+    QSignalSpy finished(koService<koFileIOService>(), &koFileIOService::projectLoadFinished);
     const QString good = m_host.writeProject(QStringLiteral("good.kpr"), {koTestHost::group("Kept")});
     QVERIFY(koService<koFileIOService>()->loadProject(good));
     const QByteArray before = koTestHost::sceneSnapshot();
@@ -235,6 +185,8 @@ void tst_koProjectFile::badProjectLoadsNothing()
     QCOMPARE(koService<koFileIOService>()->getProjectPath(), good);
     QVERIFY2(lastLogMessage().contains(message), qPrintable(lastLogMessage()));
     QVERIFY(lastLogMessage().contains(QDir::toNativeSeparators(bad)));
+    QCOMPARE(QList<QVariantList>(started), (QList<QVariantList>{{good}, {bad}}));
+    QCOMPARE(QList<QVariantList>(finished), (QList<QVariantList>{{good, true}, {bad, false}}));
 }
 
 void tst_koProjectFile::referenceIncludingItselfStaysUnloaded_data()
@@ -260,36 +212,53 @@ void tst_koProjectFile::referenceIncludingItselfStaysUnloaded()
     QVERIFY2(lastLogMessage().contains("includes itself"), qPrintable(lastLogMessage()));
 }
 
-void tst_koProjectFile::failedSaveKeepsFileAndScene()
+void tst_koProjectFile::saveReplacesTheWholeFileOrNothing_data()
 {
-    const QString main = m_host.writeProject(QStringLiteral("main.kpr"), {koTestHost::group("A")});
-    QVERIFY(koService<koFileIOService>()->loadProject(main));
-    koService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
-    const QByteArray scene = koTestHost::sceneSnapshot();
-    QFile original(main);
-    QVERIFY(original.open(QIODevice::ReadOnly));
-    const QByteArray onDisk = original.readAll();
-
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("smallDisk");
+    QTest::addColumn<QString>("logged");
+    QTest::newRow("over the project") << QString() << false << QString();
     // A folder below a regular file cannot be written, not even by root.
-    QVERIFY(!koService<koFileIOService>()->saveProject(main + QStringLiteral("/inside.kpr")));
-    QVERIFY(lastLogMessage().contains(QStringLiteral("could not be written")));
-    QCOMPARE(koTestHost::sceneSnapshot(), scene);
-    QCOMPARE(koService<koFileIOService>()->getProjectPath(), main);
-    QVERIFY(original.seek(0));
-    QCOMPARE(original.readAll(), onDisk);
+    QTest::newRow("below a file") << "folder/main.kpr/inside.kpr" << false << "could not be written";
+    QTest::newRow("on a full disk") << QString() << true << "No space left on device";
 }
 
-void tst_koProjectFile::saveLeavesNoTemporaryFiles()
+void tst_koProjectFile::saveReplacesTheWholeFileOrNothing()
 {
+    QFETCH(QString, target);
+    QFETCH(bool, smallDisk);
+    QFETCH(QString, logged);
+
+    const QString folder = m_host.path(QStringLiteral("folder"));
+    QDir().mkpath(folder);
+    if (smallDisk && QProcess::execute(QStringLiteral("mount"), {"-t", "tmpfs", "-o", "size=16k", "tmpfs", folder}) != 0)
+        QSKIP("a small file system cannot be mounted here (needs root)");
+    const auto unmount = qScopeGuard([&] {
+        if (smallDisk)
+            QProcess::execute(QStringLiteral("umount"), {folder});
+    });
     const QString main = m_host.writeProject(QStringLiteral("folder/main.kpr"), {koTestHost::group("A")});
     QVERIFY(koService<koFileIOService>()->loadProject(main));
-    koService<koReferenceService>()->getSceneReferences().first().getChild(0).setName(QStringLiteral("B"));
-    QVERIFY(koService<koFileIOService>()->saveProject());
-    QCOMPARE(filesIn(m_host.path(QStringLiteral("folder"))), QStringList{QStringLiteral("main.kpr")});
+    const QString longest(koProjectFile::maxTextLength, QLatin1Char('B'));
+    const kodNode node = koService<koReferenceService>()->getSceneReferences().first().getChild(0);
+    kodNode(node).setName(longest);
+    // More than the small disk holds.
+    for (int i = 0; i < 8; ++i)
+        koService<koTreeService>()->cloneNodes({node});
+    const QByteArray scene = koTestHost::sceneSnapshot();
+    const QByteArray onDisk = koTestHost::readFile(main);
+
+    const bool saved = koService<koFileIOService>()->saveProject(target.isEmpty() ? target : m_host.path(target));
+    QCOMPARE(saved, logged.isEmpty());
+    QVERIFY2(lastLogMessage().contains(logged), qPrintable(lastLogMessage()));
+    // A failed save keeps the scene unsaved; a save marks it saved.
+    QCOMPARE(koTestHost::sceneSnapshot() == scene, !saved);
+    QCOMPARE(koService<koFileIOService>()->getProjectPath(), main);
+    QCOMPARE(koTestHost::readFile(main) == onDisk, !saved);
+    QCOMPARE(filesIn(folder), QStringList{QStringLiteral("main.kpr")});
 
     QVERIFY(koService<koFileIOService>()->loadProject(main));
-    const kodReferenceNode loaded = koService<koReferenceService>()->getSceneReferences().first();
-    QCOMPARE(loaded.getChild(0).getName(), QStringLiteral("B"));
+    QCOMPARE(koService<koReferenceService>()->getSceneReferences().first().getChild(0).getName(), saved ? longest : "A");
 }
 
 void tst_koProjectFile::awkwardValuesSurviveSaving_data()

@@ -9,26 +9,22 @@
 #include <kovis/koTreeService.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QtTest>
 
 // Whatever the host writes it reads back as the same scene, and writing that again
-// gives the same bytes; links survive the project folder moving; a failed write names
-// its cause and keeps the old file.
+// gives the same bytes; links survive the project folder moving.
 class tst_koSceneRoundTrip : public QObject
 {
     Q_OBJECT
 
 private slots:
     void initTestCase();
-    void init();
     void randomScenesSurviveSaveOpenSave_data();
     void randomScenesSurviveSaveOpenSave();
     void projectMovedWithSiblingFoldersKeepsItsLinks();
     void hostPlacesNewSmartFilesWithoutAModule();
     void namesLongerThanFilesHoldAreRefused();
-    void failedWriteNamesItsCauseAndKeepsTheFile();
 
 private:
     QJsonObject randomNode(QRandomGenerator& random, int depth) const;
@@ -55,22 +51,6 @@ void quietLongWarnings(QtMsgType type, const QMessageLogContext& context, const 
     standardHandler(type, context, message.size() > 1000 ? message.left(200) + QStringLiteral("...") : message);
 }
 
-// The first line where the texts part, with a few lines around it.
-QString firstDifference(const QByteArray& expected, const QByteArray& actual)
-{
-    const QList<QByteArray> left = expected.split('\n');
-    const QList<QByteArray> right = actual.split('\n');
-    int line = 0;
-    while (line < left.size() && line < right.size() && left.at(line) == right.at(line))
-        ++line;
-    const auto around = [line](const QList<QByteArray>& lines) {
-        return lines.mid(qMax(0, line - 3), 6).join('\n').left(600);
-    };
-    return QStringLiteral("line %1:\n%2\n---- became ----\n%3")
-        .arg(line + 1)
-        .arg(QString::fromUtf8(around(left)), QString::fromUtf8(around(right)));
-}
-
 QString lastLogMessage()
 {
     return koService<koLogService>()->lastMessage();
@@ -89,12 +69,6 @@ QList<kodNode> allNodes()
 void tst_koSceneRoundTrip::initTestCase()
 {
     standardHandler = qInstallMessageHandler(quietLongWarnings);
-}
-
-void tst_koSceneRoundTrip::init()
-{
-    m_host.writeFile(QStringLiteral("parts/bolt.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Bolt\nv 1 0 0\nf 1 2 3\n");
-    m_host.writeProject(QStringLiteral("parts/nut.kpr"), {koTestHost::geometry("Nut")});
 }
 
 QJsonObject tst_koSceneRoundTrip::randomNode(QRandomGenerator& random, int depth) const
@@ -169,8 +143,9 @@ void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave()
     QJsonArray nodes;
     for (int i = 0; i < 6; ++i)
         nodes.append(randomNode(random, 0));
+    // Each seed in a folder of its own, so that it can be replayed alone.
     const QString folder = QStringLiteral("seed%1/").arg(seed);
-    m_host.writeFile(folder + QStringLiteral("parts/bolt.obj"), koTestHost::readFile(m_host.path(QStringLiteral("parts/bolt.obj"))));
+    m_host.writeFile(folder + QStringLiteral("parts/bolt.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Bolt\nv 1 0 0\nf 1 2 3\n");
     m_host.writeProject(folder + QStringLiteral("parts/nut.kpr"), {koTestHost::geometry("Nut")});
     QVERIFY(koService<koFileIOService>()->loadProject(m_host.writeProject(folder + QStringLiteral("start.kpr"), nodes)));
     editRandomly(random, 10);
@@ -184,7 +159,8 @@ void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave()
         QVERIFY2(reference.getSmartFileState() != koReferenceTypes::Unsaved, qPrintable(reference.getName()));
     }
     QVERIFY(koService<koFileIOService>()->saveProject(second));
-    QVERIFY2(koTestHost::readFile(second) == koTestHost::readFile(first), qPrintable(firstDifference(koTestHost::readFile(first), koTestHost::readFile(second))));
+    // Line by line, so that a failure shows the first line that differs.
+    QCOMPARE(koTestHost::readFile(second).split('\n'), koTestHost::readFile(first).split('\n'));
 }
 
 void tst_koSceneRoundTrip::projectMovedWithSiblingFoldersKeepsItsLinks()
@@ -239,27 +215,6 @@ void tst_koSceneRoundTrip::namesLongerThanFilesHoldAreRefused()
     QVERIFY(koService<koFileIOService>()->saveProject());
     QVERIFY(koService<koFileIOService>()->loadProject(main));
     QVERIFY(koTestHost::findNode(longest).isValid());
-}
-
-void tst_koSceneRoundTrip::failedWriteNamesItsCauseAndKeepsTheFile()
-{
-    const QString disk = m_host.path(QStringLiteral("small-disk"));
-    QDir().mkpath(disk);
-    if (QProcess::execute(QStringLiteral("mount"), {"-t", "tmpfs", "-o", "size=16k", "tmpfs", disk}) != 0)
-        QSKIP("a small file system cannot be mounted here (needs root)");
-    const auto unmount = qScopeGuard([disk] { QProcess::execute(QStringLiteral("umount"), {disk}); });
-    const QString main = m_host.writeProject(QStringLiteral("small-disk/main.kpr"), {koTestHost::group("Small")});
-    const QByteArray before = koTestHost::readFile(main);
-    QVERIFY(koService<koFileIOService>()->loadProject(main));
-    kodNode node = koTestHost::findNode(QStringLiteral("Small"));
-    node.setName(QString(koProjectFile::maxTextLength, QLatin1Char('x')));
-    for (int i = 0; i < 8; ++i)
-        koService<koTreeService>()->cloneNodes({node});
-
-    QVERIFY(!koService<koFileIOService>()->saveProject());
-    QVERIFY2(lastLogMessage().contains(QStringLiteral("No space left on device")), qPrintable(lastLogMessage()));
-    QCOMPARE(koTestHost::readFile(main), before);
-    QCOMPARE(QDir(disk).entryList(QDir::Files), QStringList{QStringLiteral("main.kpr")});
 }
 
 QTEST_MAIN(tst_koSceneRoundTrip)

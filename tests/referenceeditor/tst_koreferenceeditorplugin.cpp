@@ -16,8 +16,8 @@ class tst_koReferenceEditorPlugin : public QObject
     Q_OBJECT
 
 private slots:
-    void initPluginRegistersOneModule();
-    void initPreferencesPluginRegistersOnePage();
+    void entryRegistersOnceUntilUnloaded_data();
+    void entryRegistersOnceUntilUnloaded();
 
 private:
     koTestHost m_host;
@@ -33,66 +33,57 @@ bool isMapped(const QString& file)
     return handle != nullptr;
 }
 
-// The second call must find everything made by the first.
-void callTwice(QLibrary& plugin, const char* entry)
+// The modules with what they show and the preferences pages of the process.
+QStringList registered()
 {
-    QVERIFY2(plugin.load(), qPrintable(plugin.errorString()));
-    const auto function = reinterpret_cast<void (*)()>(plugin.resolve(entry));
-    QVERIFY2(function, entry);
-    function();
-    function();
-}
-
-QList<koPreferencesCategory*> categoriesNamed(const QString& name)
-{
-    QList<koPreferencesCategory*> named;
-    for (koPreferencesCategory* category : koPreferencesCategory::registeredCategories()) {
-        if (category->getName() == name)
-            named.append(category);
+    QStringList names;
+    for (const koMainWindowService::Module& module : koService<koMainWindowService>()->modules()) {
+        const auto* window = qobject_cast<QMainWindow*>(module.window.data());
+        names << QStringLiteral("module %1%2%3")
+                     .arg(module.title, module.icon.isNull() ? QString() : QStringLiteral(", icon"),
+                          window && !window->parent() ? QStringLiteral(", own window") : QString());
     }
-    return named;
+    for (const koPreferencesCategory* category : koPreferencesCategory::registeredCategories())
+        names << QStringLiteral("page %1 %2").arg(category->getName(), category->objectName());
+    return names;
 }
 
 } // namespace
 
-void tst_koReferenceEditorPlugin::initPluginRegistersOneModule()
+void tst_koReferenceEditorPlugin::entryRegistersOnceUntilUnloaded_data()
 {
-    auto* modules = koService<koMainWindowService>();
-    const int before = modules->modules().size();
-    QLibrary plugin(QStringLiteral(PLUGIN_FILE));
-    callTwice(plugin, "initPlugin");
-    if (QTest::currentTestFailed())
-        return;
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("added");
+    // What stays when the library is gone: the module's entry, without its window.
+    QTest::addColumn<QStringList>("left");
 
-    QCOMPARE(modules->modules().size(), before + 1);
-    const koMainWindowService::Module& module = modules->modules().last();
     // The title stands for the registration texts; no other test sees this module registered.
-    QCOMPARE(module.title, QStringLiteral("Reference Editor"));
-    QVERIFY(!module.icon.isNull());
-    QVERIFY(qobject_cast<QMainWindow*>(module.window.data()));
-    QVERIFY(module.window->parent() == nullptr);
-
-    QVERIFY(plugin.unload());
-    // The window goes with the library; a sanitizer build keeps libraries mapped.
-    if (!isMapped(QStringLiteral(PLUGIN_FILE)))
-        QVERIFY(module.window.isNull());
+    QTest::newRow("initPlugin") << "initPlugin" << "module Reference Editor, icon, own window"
+                                << QStringList{"module Reference Editor, icon"};
+    QTest::newRow("initPreferencesPlugin") << "initPreferencesPlugin" << "page References koReferencePreferencesGUI"
+                                           << QStringList();
 }
 
-void tst_koReferenceEditorPlugin::initPreferencesPluginRegistersOnePage()
+void tst_koReferenceEditorPlugin::entryRegistersOnceUntilUnloaded()
 {
-    QVERIFY(categoriesNamed(QStringLiteral("References")).isEmpty());
-    QLibrary plugin(QStringLiteral(PLUGIN_FILE));
-    callTwice(plugin, "initPreferencesPlugin");
-    if (QTest::currentTestFailed())
-        return;
+    QFETCH(QString, entry);
+    QFETCH(QString, added);
+    QFETCH(QStringList, left);
 
-    const QList<koPreferencesCategory*> pages = categoriesNamed(QStringLiteral("References"));
-    QCOMPARE(pages.size(), 1);
-    QCOMPARE(pages.first()->objectName(), QStringLiteral("koReferencePreferencesGUI"));
+    const QStringList before = registered();
+    QLibrary plugin(QStringLiteral(PLUGIN_FILE));
+    QVERIFY2(plugin.load(), qPrintable(plugin.errorString()));
+    const auto function = reinterpret_cast<void (*)()>(plugin.resolve(qPrintable(entry)));
+    QVERIFY(function);
+    // The second call must find everything made by the first.
+    function();
+    function();
+    QCOMPARE(registered(), before + QStringList{added});
 
     QVERIFY(plugin.unload());
+    // A sanitizer build keeps libraries mapped.
     if (!isMapped(QStringLiteral(PLUGIN_FILE)))
-        QVERIFY(categoriesNamed(QStringLiteral("References")).isEmpty());
+        QCOMPARE(registered(), before + left);
 }
 
 QTEST_MAIN(tst_koReferenceEditorPlugin)

@@ -25,7 +25,6 @@ private slots:
     void nonReferenceRowHasNoLabels();
     void foregroundColour_data();
     void foregroundColour();
-    void fileColumns_data();
     void fileColumns();
 
 private:
@@ -152,28 +151,8 @@ void tst_koReferenceTreeModel::foregroundColour()
     QCOMPARE(model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId()))).data(Qt::ForegroundRole), expected);
 }
 
-void tst_koReferenceTreeModel::fileColumns_data()
-{
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("expected");
-
-    const QString date = QStringLiteral("2021.03.04 05:06");
-    QTest::newRow("instances") << int(koReferenceModelItem::InstancesColumn) << "2";
-    QTest::newRow("smart status") << int(koReferenceModelItem::SmartStatusColumn) << upToDate("Up to date");
-    QTest::newRow("smart date") << int(koReferenceModelItem::SmartModifiedColumn) << date;
-    QTest::newRow("smart location") << int(koReferenceModelItem::SmartLocationColumn) << "part.kpr";
-    QTest::newRow("source status") << int(koReferenceModelItem::SourceStatusColumn)
-                                   << colored(koStyle::getReferenceMissingColor(), "Missing");
-    QTest::newRow("source date") << int(koReferenceModelItem::SourceModifiedColumn) << "----";
-    QTest::newRow("source owner") << int(koReferenceModelItem::SourceOwnerColumn) << QString();
-    QTest::newRow("source location") << int(koReferenceModelItem::SourceLocationColumn) << "gone.obj";
-}
-
 void tst_koReferenceTreeModel::fileColumns()
 {
-    QFETCH(int, column);
-    QFETCH(QString, expected);
-
     const QString smart = m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Block")});
     koTestHost::setModified(smart, QDateTime(QDate(2021, 3, 4), QTime(5, 6, 7)));
     QJsonObject clone = koTestHost::reference("Part", "part.kpr", "gone.obj");
@@ -182,10 +161,13 @@ void tst_koReferenceTreeModel::fileColumns()
     QVERIFY(koService<koFileIOService>()->loadProject(m_host.path("project.kpr")));
 
     ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
-    const bool location = column == koReferenceModelItem::SmartLocationColumn
-        || column == koReferenceModelItem::SourceLocationColumn;
-    QCOMPARE(model.index(1, column).data().toString(), location ? QDir::toNativeSeparators(m_host.path(expected)) : expected);
-    QCOMPARE(model.index(1, koReferenceModelItem::SmartOwnerColumn).data().toString(), QFileInfo(smart).owner());
+    QStringList texts;
+    for (int column = koReferenceModelItem::InstancesColumn; column < koReferenceModelItem::ColumnCount; ++column)
+        texts << model.index(1, column).data().toString();
+    // Instances, then status, date, owner and location of the smart file and of the source.
+    QCOMPARE(texts, (QStringList{"2", upToDate("Up to date"), "2021.03.04 05:06", QFileInfo(smart).owner(),
+                                 QDir::toNativeSeparators(smart), colored(koStyle::getReferenceMissingColor(), "Missing"),
+                                 "----", QString(), QDir::toNativeSeparators(m_host.path("gone.obj"))}));
 }
 
 QTEST_MAIN(tst_koReferenceTreeModel)

@@ -26,7 +26,6 @@ private slots:
     void replace();
 
 private:
-    QString relative(const QString& path) const;
     QString describe(const kodReferenceNode& reference) const;
 
     koTestHost m_host;
@@ -44,22 +43,8 @@ const QString changedText =
 
 void tst_koReferenceCreateCommands::init()
 {
-    m_host.writeFile(QStringLiteral("parts/a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\nf 1 2 3\n");
-    m_host.writeFile(QStringLiteral("parts/b.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no B\nf 1 2 3\n");
-    m_host.writeFile(QStringLiteral("parts/b.v2.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no B\nf 1 2 3\n");
-    m_host.writeFile(QStringLiteral("parts/c.stl"), "solid c\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid c\n");
-    m_host.writeProject(QStringLiteral("smart/current.kpr"), {koTestHost::geometry("Current")});
-    m_host.writeProject(QStringLiteral("smart/other.kpr"), {koTestHost::geometry("Other")});
-    m_host.writeProject(QStringLiteral("smart/both.kpr"), {koTestHost::geometry("Both")});
-    m_host.writeProject(QStringLiteral("smart/wheel.v2.kpr"), {koTestHost::geometry("Wheel")});
-    m_host.writeProject(QStringLiteral("smart/UPPER.KPR"), {koTestHost::geometry("Upper")});
+    const QString project = m_host.copyScene(QStringLiteral("creating"));
     QFile::copy(QStringLiteral(KOVIS_DEMO_OSB), m_host.path(QStringLiteral("smart/shape.osb")));
-    const QString project = m_host.writeProject(
-        QStringLiteral("project.kpr"),
-        {koTestHost::group("Holder"), koTestHost::reference("Smart", "smart/current.kpr", QString()),
-         koTestHost::reference("Source", QString(), "parts/a.obj"),
-         koTestHost::reference("Both", "smart/both.kpr", "parts/b.obj"),
-         koTestHost::reference("Fresh", QString(), "parts/c.stl")});
     QVERIFY(koService<koFileIOService>()->loadProject(project));
     koService<koReferenceService>()->convertToSmartReference(koTestHost::findNode(QStringLiteral("Fresh")));
     m_module = std::make_unique<koReferenceEditorModule>();
@@ -72,21 +57,14 @@ void tst_koReferenceCreateCommands::cleanup()
     m_module.reset();
 }
 
-QString tst_koReferenceCreateCommands::relative(const QString& path) const
-{
-    return QDir(m_host.path(QString())).relativeFilePath(path);
-}
-
 // "name smart source": a path relative to the test folder, "unsaved" for a smart link
 // without a file, "-" for no link.
 QString tst_koReferenceCreateCommands::describe(const kodReferenceNode& reference) const
 {
-    QString smart = QStringLiteral("-");
-    if (reference.hasSmartReference())
-        smart = reference.getSmartFileState() == koReferenceTypes::Unsaved ? QStringLiteral("unsaved")
-                                                                            : relative(reference.getSmartPath());
-    const QString source = reference.hasSourceReference() ? relative(reference.getSourcePath()) : QStringLiteral("-");
-    return QStringList{reference.getName(), smart, source}.join(QLatin1Char(' '));
+    const bool unsaved = reference.getSmartFileState() == koReferenceTypes::Unsaved;
+    return QStringList{reference.getName(), unsaved ? QStringLiteral("unsaved") : m_host.relative(reference.getSmartPath()),
+                       m_host.relative(reference.getSourcePath())}
+        .join(QLatin1Char(' '));
 }
 
 void tst_koReferenceCreateCommands::create_data()
@@ -94,28 +72,24 @@ void tst_koReferenceCreateCommands::create_data()
     QTest::addColumn<bool>("source");
     QTest::addColumn<bool>("fromFile");
     QTest::addColumn<QStringList>("picked");
-    QTest::addColumn<QString>("expectedCaption");
-    QTest::addColumn<QString>("expectedFilter");
+    QTest::addColumn<QString>("expectedCall");
     QTest::addColumn<QStringList>("expectedReferences");
 
-    const QString smartFilter = QStringLiteral(
-        "All Supported Files (*.kpr *.osb);; Kovis Project File (*.kpr);; OpenSG Binary Geometry (*osb)");
-    const QString importFilter = koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
+    const QString smartCall = QStringLiteral("open several: Create Smart Reference||All Supported Files (*.kpr *.osb);; "
+                                             "Kovis Project File (*.kpr);; OpenSG Binary Geometry (*osb)");
+    const QString sourceCall = "open: Load Source Reference||"
+                               + koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
 
-    QTest::newRow("new smart reference") << false << false << QStringList() << QString() << QString()
-                                         << QStringList{"Reference - -"};
+    QTest::newRow("new smart reference") << false << false << QStringList() << QString() << QStringList{"Reference - -"};
     QTest::newRow("smart references from a mixed pick")
         << false << true
         << QStringList{"smart/other.kpr", "parts/a.obj", "smart/shape.osb", "smart/UPPER.KPR", "smart/wheel.v2.kpr"}
-        << "Create Smart Reference" << smartFilter
-        << QStringList{"other smart/other.kpr -", "shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
-    QTest::newRow("smart references, nothing picked")
-        << false << true << QStringList() << "Create Smart Reference" << smartFilter << QStringList();
+        << smartCall << QStringList{"other smart/other.kpr -", "shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
+    QTest::newRow("smart references, nothing picked") << false << true << QStringList() << smartCall << QStringList();
     // Named after the file without its last suffix only.
-    QTest::newRow("source reference") << true << true << QStringList{"parts/b.v2.obj"} << "Load Source Reference"
-                                      << importFilter << QStringList{"b.v2 - parts/b.v2.obj"};
-    QTest::newRow("source reference, nothing picked")
-        << true << true << QStringList() << "Load Source Reference" << importFilter << QStringList();
+    QTest::newRow("source reference") << true << true << QStringList{"parts/b.v2.obj"} << sourceCall
+                                      << QStringList{"b.v2 - parts/b.v2.obj"};
+    QTest::newRow("source reference, nothing picked") << true << true << QStringList() << sourceCall << QStringList();
 }
 
 void tst_koReferenceCreateCommands::create()
@@ -123,8 +97,7 @@ void tst_koReferenceCreateCommands::create()
     QFETCH(bool, source);
     QFETCH(bool, fromFile);
     QFETCH(QStringList, picked);
-    QFETCH(QString, expectedCaption);
-    QFETCH(QString, expectedFilter);
+    QFETCH(QString, expectedCall);
     QFETCH(QStringList, expectedReferences);
 
     koScriptedFileDialog files;
@@ -138,12 +111,7 @@ void tst_koReferenceCreateCommands::create()
 
     m_module->createReference(source, fromFile, {holder, koTestHost::findNode(QStringLiteral("Smart"))});
 
-    QCOMPARE(files.calls().size(), expectedCaption.isEmpty() ? 0 : 1);
-    if (!expectedCaption.isEmpty()) {
-        QCOMPARE(files.calls().first().caption, expectedCaption);
-        QCOMPARE(files.calls().first().filter, expectedFilter);
-        QCOMPARE(files.calls().first().dir, QString());
-    }
+    QCOMPARE(files.summaries(), expectedCall.isEmpty() ? QStringList() : QStringList{expectedCall});
     QStringList created;
     for (const kodNode& child : holder.getChildren()) {
         const kodReferenceNode reference(child.getObjectId());
@@ -298,24 +266,14 @@ void tst_koReferenceCreateCommands::replace()
 
     QCOMPARE(driver.mismatches(), QStringList());
     QCOMPARE(driver.summaries(), expectedBox.isEmpty() ? QStringList() : QStringList{expectedBox});
-    QCOMPARE(files.calls().size(), typed.isNull() ? 1 : 0);
-    if (typed.isNull()) {
-        QCOMPARE(files.calls().first().caption, smart ? QStringLiteral("Replace Smart Reference")
-                                                      : QStringLiteral("Replace Source Reference"));
-        QCOMPARE(files.calls().first().dir, current);
-        QCOMPARE(files.calls().first().filter,
-                 smart ? QStringLiteral("Smart files (*.kpr *.osb)")
-                       : koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles));
-    }
-    const QList<koLogService::Entry> log = koService<koLogService>()->entries();
-    QCOMPARE(log.size(), expectedLog ? 1 : 0);
-    if (expectedLog) {
-        QCOMPARE(log.first().level, koLogService::Warning);
-        QCOMPARE(log.first().category, QStringLiteral("References"));
-        QCOMPARE(log.first().message, QStringLiteral("Kovis project or OSB files are not allowed as a source reference."));
-    }
+    const QString call = smart ? "open: Replace Smart Reference|" + current + "|Smart files (*.kpr *.osb)"
+                               : "open: Replace Source Reference|" + current + '|'
+                                     + koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
+    QCOMPARE(files.summaries(), typed.isNull() ? QStringList{call} : QStringList());
+    const QString refusal = "Warning References: Kovis project or OSB files are not allowed as a source reference.";
+    QCOMPARE(koTestHost::logLines(), expectedLog ? QStringList{refusal} : QStringList());
     QCOMPARE(describe(reference), expectedReference);
-    QCOMPARE(relative(field->text()), expectedField);
+    QCOMPARE(m_host.relative(field->text()), expectedField);
     QVERIFY(!field->signalsBlocked());
     if (expectedReference == initial)
         QCOMPARE(koTestHost::sceneSnapshot(), before);

@@ -39,7 +39,6 @@ private slots:
 
 private:
     QString links() const;
-    QString relative(const QString& path) const;
 
     koTestHost m_host;
     std::unique_ptr<koReferenceEditorModule> m_module;
@@ -85,12 +84,7 @@ public:
 
 void tst_koReferenceRepathFlow::init()
 {
-    m_host.writeFile(QStringLiteral("current/c.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no C\nf 1 2 3\n");
-    const QString project = m_host.writeProject(
-        QStringLiteral("project.kpr"),
-        {koTestHost::reference("A", "old/a/a.kpr", "old/a/a.obj"), koTestHost::reference("B", QString(), "old/b/b.obj"),
-         koTestHost::reference("C", QString(), "current/c.obj")});
-    QVERIFY(koService<koFileIOService>()->loadProject(project));
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.copyScene(QStringLiteral("repath"))));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
 }
@@ -101,18 +95,13 @@ void tst_koReferenceRepathFlow::cleanup()
     QDir(m_host.path(QStringLiteral("new"))).removeRecursively();
 }
 
-QString tst_koReferenceRepathFlow::relative(const QString& path) const
-{
-    return path.isEmpty() ? QStringLiteral("-") : QDir(m_host.path(QString())).relativeFilePath(path);
-}
-
 QString tst_koReferenceRepathFlow::links() const
 {
     QStringList links;
     for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
         const kodReferenceNode node = koTestHost::findReference(name);
-        links.append(name + QLatin1Char('=') + relative(node.getSmartPath()) + QLatin1Char(',')
-                     + relative(node.getSourcePath()));
+        links.append(name + QLatin1Char('=') + m_host.relative(node.getSmartPath()) + QLatin1Char(',')
+                     + m_host.relative(node.getSourcePath()));
     }
     return links.join(QLatin1Char(' '));
 }
@@ -224,7 +213,7 @@ void tst_koReferenceRepathFlow::repath()
             shownSummary << dialog->m_message1->text() << dialog->m_message2->text();
             const auto* list = qobject_cast<QStringListModel*>(dialog->m_listView->model());
             for (const QString& path : list->stringList())
-                shownSummary << relative(path);
+                shownSummary << m_host.relative(path);
             (summary == "ok" ? dialog->m_okButton : dialog->m_cancelButton)->click();
         });
     }
@@ -246,12 +235,8 @@ void tst_koReferenceRepathFlow::repath()
                                              "tail of 1 folder(s). The others: %2")
                                   .arg(QDir::toNativeSeparators(m_host.path("new/a/a.obj")),
                                        QDir::toNativeSeparators(m_host.path("new/x/a.obj")));
-    QStringList warnings;
-    for (const koLogService::Entry& entry : koService<koLogService>()->entries()) {
-        if (entry.category == QLatin1String("References") && entry.level == koLogService::Warning)
-            warnings << entry.message;
-    }
-    QCOMPARE(warnings, ambiguityLogged ? QStringList{ambiguity} : QStringList());
+    QCOMPARE(koTestHost::logLines().filter(QStringLiteral("Warning References: ")),
+             ambiguityLogged ? QStringList{"Warning References: " + ambiguity} : QStringList());
 }
 
 void tst_koReferenceRepathFlow::requestsChooseTheLinks_data()

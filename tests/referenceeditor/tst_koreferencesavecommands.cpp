@@ -4,7 +4,6 @@
 #include "koScriptedFileDialog.h"
 #include "koTestHost.h"
 
-#include <kovis/QKOScrollableMessageBox.h>
 #include <kovis/koFileIOService.h>
 #include <kovis/koInternalUiService.h>
 #include <kovis/koKernelServiceFactory.h>
@@ -13,7 +12,6 @@
 
 #include <QDirIterator>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QtTest>
 
 class tst_koReferenceSaveCommands : public QObject
@@ -49,58 +47,18 @@ private:
 
 namespace {
 
-// Message boxes as they were when they were shown.
-class ShownBoxes : public QObject
-{
-public:
-    ShownBoxes() { qApp->installEventFilter(this); }
-    ~ShownBoxes() override { qApp->removeEventFilter(this); }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        auto* box = qobject_cast<QMessageBox*>(watched);
-        if (box && event->type() == QEvent::Show) {
-            scrollable.append(qobject_cast<QKOScrollableMessageBox*>(box) && box->findChild<QScrollArea*>());
-            parentless.append(box->parentWidget() == nullptr);
-        }
-        return false;
-    }
-
-    QList<bool> scrollable;
-    QList<bool> parentless;
-};
-
 // The names of "Name=path" entries.
 QStringList namesIn(QStringList entries)
 {
     return entries.replaceInStrings(QRegularExpression(QStringLiteral("=.*")), QString());
 }
 
-const QString wheelObj = QStringLiteral("o Hub\nv 0 0 0\nv 1 0 0\nv 0 1 0\ng Axle\nf 1 2 3\no Rim\ng Ring\nf 1 2 3\n");
-
 } // namespace
 
 void tst_koReferenceSaveCommands::init()
 {
-    m_host.writeFile(QStringLiteral("parts/wheel.obj"), wheelObj.toUtf8());
-    m_host.writeFile(QStringLiteral("parts/wheel.stl"), "solid wheel\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid wheel\n");
-    m_host.writeFile(QStringLiteral("parts/spoke.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Spoke\nf 1 2 3\n");
-    m_host.writeFile(QStringLiteral("frame/headset.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Headset\nf 1 2 3\n");
-    m_host.writeFile(QStringLiteral("blocked.txt"), "a file, so nothing can be created below it");
     QDir().mkpath(m_host.path(QStringLiteral("custom")));
-    m_host.writeProject(QStringLiteral("saved/saved.kpr"), {koTestHost::geometry("Body")});
-    m_host.writeProject(QStringLiteral("frame/fork.kpr"), {koTestHost::geometry("Blade")});
-    m_host.writeProject(QStringLiteral("frame/frame.kpr"), {koTestHost::reference("Fork", "fork.kpr", QString()),
-                                                            koTestHost::reference("Headset", QString(), "headset.obj")});
-    const QString project = m_host.writeProject(
-        QStringLiteral("project.kpr"),
-        {koTestHost::reference("Wheel", QString(), "parts/wheel.obj"),
-         koTestHost::reference("WheelStl", QString(), "parts/wheel.stl"),
-         koTestHost::group("Assembly", {koTestHost::reference("Spoke", QString(), "parts/spoke.obj")}),
-         koTestHost::reference("Saved", "saved/saved.kpr", QString()),
-         koTestHost::reference("Frame", "frame/frame.kpr", QString()),
-         koTestHost::reference("Blocked", QString(), "blocked.txt/parts/blocked.obj")});
-    QVERIFY(koService<koFileIOService>()->loadProject(project));
+    QVERIFY(koService<koFileIOService>()->loadProject(m_host.copyScene(QStringLiteral("saving"))));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
 }
@@ -160,11 +118,8 @@ QList<kodReferenceNode> tst_koReferenceSaveCommands::references(const QStringLis
 QStringList tst_koReferenceSaveCommands::smartPaths(const QStringList& names) const
 {
     QStringList result;
-    const QDir root(m_host.path(QString()));
-    for (const QString& name : names) {
-        const QString path = reference(name).getSmartPath();
-        result.append(name + QLatin1Char('=') + (path.isEmpty() ? QStringLiteral("-") : root.relativeFilePath(path)));
-    }
+    for (const QString& name : names)
+        result.append(name + QLatin1Char('=') + m_host.relative(reference(name).getSmartPath()));
     return result;
 }
 
@@ -172,10 +127,9 @@ QStringList tst_koReferenceSaveCommands::smartPaths(const QStringList& names) co
 QStringList tst_koReferenceSaveCommands::smartFiles() const
 {
     QStringList files;
-    const QDir root(m_host.path(QString()));
-    QDirIterator it(root.path(), {QStringLiteral("*.kpr")}, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator it(m_host.path(QString()), {QStringLiteral("*.kpr")}, QDir::Files, QDirIterator::Subdirectories);
     while (it.hasNext())
-        files.append(root.relativeFilePath(it.next()));
+        files.append(m_host.relative(it.next()));
     for (const char* initial : {"project.kpr", "saved/saved.kpr", "frame/frame.kpr", "frame/fork.kpr"})
         files.removeOne(QLatin1String(initial));
     files.sort();
@@ -286,7 +240,6 @@ void tst_koReferenceSaveCommands::overwriteQuestion()
     answerLocationDialog(driver, QStringLiteral("next"));
     if (answer != QMessageBox::NoButton)
         driver.answerMessageBox(QMessageBox::StandardButton(answer));
-    const ShownBoxes shown;
     koScriptedFileDialog files;
     const QList<kodReferenceNode> selected = references({"Wheel", "Spoke"});
     const QByteArray scene = koTestHost::sceneSnapshot();
@@ -310,8 +263,8 @@ void tst_koReferenceSaveCommands::overwriteQuestion()
                                                             "abort the save.\n\n%1\n%2\n (question)")
                                                  .arg(m_host.path(QStringLiteral("parts/wheel.kpr")),
                                                       m_host.path(QStringLiteral("parts/spoke.kpr")))});
-    QCOMPARE(shown.scrollable, QList<bool>{true});
-    QCOMPARE(shown.parentless, QList<bool>{true});
+    QVERIFY(driver.messageBoxes().first().scrollable);
+    QVERIFY(driver.messageBoxes().first().parentless);
 }
 
 void tst_koReferenceSaveCommands::saveAs_data()
@@ -350,15 +303,11 @@ void tst_koReferenceSaveCommands::saveAs()
 
     m_module->saveSmartAs(references({"Frame", "Saved"}));
 
-    QCOMPARE(files.calls().size(), 2);
-    const QStringList starts{m_host.path(QStringLiteral("frame/frame.kpr")), m_host.path(QStringLiteral("saved/saved.kpr"))};
-    for (int call = 0; call < 2; ++call) {
-        QCOMPARE(files.calls().at(call).function, koFileDialog::Function::SaveFileName);
-        QCOMPARE(files.calls().at(call).caption, QStringLiteral("Save Smart Reference As"));
-        QCOMPARE(files.calls().at(call).dir, starts.at(call));
-        QCOMPARE(files.calls().at(call).filter, QStringLiteral("*.kpr"));
-        QCOMPARE(files.calls().at(call).parent.data(), m_module.get());
-    }
+    const QString call = QStringLiteral("save: Save Smart Reference As|%1|*.kpr");
+    QCOMPARE(files.summaries(),
+             (QStringList{call.arg(m_host.path("frame/frame.kpr")), call.arg(m_host.path("saved/saved.kpr"))}));
+    for (const koFileDialog::Call& call : files.calls())
+        QCOMPARE(call.parent.data(), m_module.get());
     QCOMPARE(smartPaths(namesIn(expectedPaths)), expectedPaths);
     for (const QString& answer : qAsConst(answers))
         QVERIFY(answer.isEmpty() || QFile::exists(m_host.path(answer)));

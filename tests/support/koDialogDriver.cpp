@@ -1,8 +1,11 @@
 #include "koDialogDriver.h"
 
+#include <kovis/QKOScrollableMessageBox.h>
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QPushButton>
+#include <QScrollArea>
 
 koDialogDriver::koDialogDriver(QObject* parent)
     : QObject(parent)
@@ -98,6 +101,8 @@ void koDialogDriver::answer(QMessageBox* box, const Step* step)
     record.text = box->text();
     record.informativeText = box->informativeText();
     record.icon = box->icon();
+    record.parentless = box->parentWidget() == nullptr;
+    record.scrollable = qobject_cast<QKOScrollableMessageBox*>(box) && box->findChild<QScrollArea*>();
     record.buttons = box->standardButtons();
     record.defaultButton = box->defaultButton() ? box->standardButton(box->defaultButton()) : QMessageBox::NoButton;
     if (QCheckBox* checkBox = box->checkBox()) {

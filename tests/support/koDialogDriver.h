@@ -33,6 +33,9 @@ public:
         bool checkBoxChecked = false;
         QMessageBox::StandardButton answer = QMessageBox::NoButton;
         bool expected = true;
+        bool parentless = false;
+        // A scrollable box, its text in a scroll area.
+        bool scrollable = false;
 
         // "Title|Text (kind)": "question" for OK and Cancel with Cancel the default, "error"
         // for a critical box with OK alone, "warning" for a warning with OK alone.

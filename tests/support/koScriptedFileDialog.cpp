@@ -22,3 +22,13 @@ void koScriptedFileDialog::answer(const QStringList& paths)
 {
     m_answers.enqueue(paths);
 }
+
+QStringList koScriptedFileDialog::summaries() const
+{
+    static const QStringList kinds{QStringLiteral("open"), QStringLiteral("open several"), QStringLiteral("save"),
+                                   QStringLiteral("folder")};
+    QStringList shown;
+    for (const koFileDialog::Call& call : m_calls)
+        shown << QStringLiteral("%1: %2|%3|%4").arg(kinds.at(int(call.function)), call.caption, call.dir, call.filter);
+    return shown;
+}

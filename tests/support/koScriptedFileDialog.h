@@ -23,6 +23,8 @@ public:
     void answer(const QStringList& paths);
 
     const QList<koFileDialog::Call>& calls() const { return m_calls; }
+    // "kind: caption|start folder|filter" for each call, kind being open, open several, save or folder.
+    QStringList summaries() const;
     int pendingAnswers() const { return m_answers.size(); }
 
 private:

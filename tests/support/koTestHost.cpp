@@ -13,9 +13,11 @@
 #include <QCoreApplication>
 #include <QMenu>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <QMetaEnum>
 
 namespace {
 
@@ -58,6 +60,23 @@ QString koTestHost::writeFile(const QString& relative, const QByteArray& content
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write test file %s", qPrintable(target));
     return target;
+}
+
+QString koTestHost::copyScene(const QString& name) const
+{
+    // The scenes lie beside this file's folder, in the source tree.
+    const QDir scene(QFileInfo(QStringLiteral(__FILE__)).dir().filePath(QStringLiteral("../data/") + name));
+    QDirIterator files(scene.path(), QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QString file = files.next();
+        writeFile(scene.relativeFilePath(file), readFile(file));
+    }
+    return path(QStringLiteral("project.kpr"));
+}
+
+QString koTestHost::relative(const QString& path) const
+{
+    return path.isEmpty() ? QStringLiteral("-") : QDir(m_dir.path()).relativeFilePath(path);
 }
 
 QByteArray koTestHost::projectDocument(const QString& rootName, const QJsonArray& nodes)
@@ -188,6 +207,14 @@ kodReferenceNode koTestHost::findReference(const QString& name)
     return kodReferenceNode(findNode(name).getObjectId());
 }
 
+QList<kodReferenceNode> koTestHost::findReferences(const QStringList& names)
+{
+    QList<kodReferenceNode> references;
+    for (const QString& name : names)
+        references << findReference(name);
+    return references;
+}
+
 QAction* koTestHost::findAction(const QList<QAction*>& actions, const QString& path)
 {
     const QString first = path.section(QLatin1Char('/'), 0, 0);
@@ -200,6 +227,15 @@ QAction* koTestHost::findAction(const QList<QAction*>& actions, const QString& p
         return action->menu() ? findAction(action->menu()->actions(), rest) : nullptr;
     }
     return nullptr;
+}
+
+QStringList koTestHost::logLines()
+{
+    const QMetaEnum levels = QMetaEnum::fromType<koLogService::Level>();
+    QStringList lines;
+    for (const koLogService::Entry& entry : koService<koLogService>()->entries())
+        lines << QStringLiteral("%1 %2: %3").arg(levels.valueToKey(entry.level), entry.category, entry.message);
+    return lines;
 }
 
 void koTestHost::settle()

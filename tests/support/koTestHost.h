@@ -21,6 +21,10 @@ public:
 
     QString path(const QString& relative) const;
     QString writeFile(const QString& relative, const QByteArray& content) const;
+    // Copies the scene tests/data/<name> into the folder; returns the path of its project.kpr.
+    QString copyScene(const QString& name) const;
+    // The path relative to the folder, "-" for none.
+    QString relative(const QString& path) const;
     // A project file whose root group holds the nodes.
     static QByteArray projectDocument(const QString& rootName, const QJsonArray& nodes);
     static QByteArray readFile(const QString& path);
@@ -45,8 +49,11 @@ public:
     // The first node of the scene with this name, its root included, depth first; null if none.
     static kodNode findNode(const QString& name);
     static kodReferenceNode findReference(const QString& name);
+    static QList<kodReferenceNode> findReferences(const QStringList& names);
     // The action at a menu path such as "Edit/Clone" among the actions; null if none.
     static QAction* findAction(const QList<QAction*>& actions, const QString& path);
+    // The host's log, an entry a line: "Warning References: message".
+    static QStringList logLines();
     // Lets the work that the window defers to the event loop (reloads, selections) run.
     static void settle();
 

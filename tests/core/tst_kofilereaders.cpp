@@ -138,7 +138,12 @@ void tst_koFileReaders::hostileFileIsRefused_data()
     QTest::newRow("project over the size limit") << "x.kpr" << Make::Sparse << QByteArray() << "is larger than the limit of";
     QTest::newRow("geometry over the size limit") << "x.osb" << Make::Sparse << QByteArray() << "is larger than the limit of";
     QTest::newRow("truncated project") << "x.kpr" << Make::Content << project.left(project.size() - 5) << "offset";
+    QTest::newRow("empty geometry") << "x.osb" << Make::Content << QByteArray() << "not a Kovis geometry file";
+    QTest::newRow("geometry of another format") << "x.osb" << Make::Content << "KPR?" + osbNested(0).mid(4)
+                                                << "not a Kovis geometry file";
     QTest::newRow("truncated geometry") << "x.osb" << Make::Content << osbNested(3).chopped(1) << "the file is truncated";
+    QTest::newRow("geometry with trailing data") << "x.osb" << Make::Content << osbNested(0) + "extra"
+                                                 << "unexpected data after the node tree";
     QTest::newRow("geometry truncated in a name")
         << "x.osb" << Make::Content << osbHeader() + osbNode(0, 8000, nameBytes) << "the file is truncated";
     QTest::newRow("geometry count bomb")

@@ -17,21 +17,18 @@ class tst_koReferenceLoading : public QObject
     Q_OBJECT
 
 private slots:
+    void init();
     void subReferenceLoadModes_data();
     void subReferenceLoadModes();
     void geometryFileRoundTrip();
-    void hostileGeometryFileIsRefused_data();
-    void hostileGeometryFileIsRefused();
-    void unloadDropsContentAndChanges();
-    void loadingALoadedReferenceChangesNothing_data();
-    void loadingALoadedReferenceChangesNothing();
+    void editedReferenceLoadedAgainAndUnloaded_data();
+    void editedReferenceLoadedAgainAndUnloaded();
     void savingWritesAMissingFileAgain();
     void loadPrefersTheSmartFile();
     void sourceImportOnASmartReferenceIsAChange();
     void clonesShareTheirReference();
 
 private:
-
     koTestHost m_host;
 };
 
@@ -59,6 +56,13 @@ QString loadStates()
 
 } // namespace
 
+void tst_koReferenceLoading::init()
+{
+    // The files of the reference "Part" that most tests load.
+    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    m_host.writeFile(QStringLiteral("part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Mesh\nf 1 2 3\n");
+}
+
 void tst_koReferenceLoading::subReferenceLoadModes_data()
 {
     QTest::addColumn<int>("mode");
@@ -75,7 +79,6 @@ void tst_koReferenceLoading::subReferenceLoadModes()
     QFETCH(int, mode);
     QFETCH(QString, expected);
 
-    m_host.writeFile(QStringLiteral("part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Part\nf 1 2 3\n");
     m_host.writeProject(QStringLiteral("deep.kpr"), {koTestHost::geometry("Bolt")});
     m_host.writeProject(QStringLiteral("mid.kpr"), {koTestHost::reference("Deep", "deep.kpr", QString())});
     m_host.writeProject(QStringLiteral("leaf.kpr"), {koTestHost::geometry("Nut")});
@@ -125,81 +128,43 @@ void tst_koReferenceLoading::geometryFileRoundTrip()
     QCOMPARE(shellRecord->mesh->triangles, triangle->triangles);
 }
 
-void tst_koReferenceLoading::hostileGeometryFileIsRefused_data()
-{
-    QTest::addColumn<QByteArray>("data");
-
-    koSceneNodeDesc content;
-    content.name = QStringLiteral("Housing");
-    const QByteArray valid = koOsbFile::serialize(content);
-    QByteArray hugeCount = valid;
-    hugeCount.replace(hugeCount.size() - 4, 4, QByteArray("\xff\xff\xff\xff", 4));
-
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("wrong magic") << QByteArray("KPR?") + valid.mid(4);
-    QTest::newRow("truncated") << valid.left(valid.size() - 3);
-    QTest::newRow("child count beyond the data") << hugeCount;
-    QTest::newRow("trailing data") << valid + "extra";
-}
-
-void tst_koReferenceLoading::hostileGeometryFileIsRefused()
-{
-    QFETCH(QByteArray, data);
-
-    m_host.writeFile(QStringLiteral("housing.osb"), data);
-    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Housing", "housing.osb", QString()));
-    QVERIFY(reference.isValid());
-    QVERIFY(!reference.isLoaded());
-    QCOMPARE(reference.getChildCount(), 0u);
-    QCOMPARE(reference.getSmartFileState(), koReferenceTypes::Missing);
-}
-
-void tst_koReferenceLoading::unloadDropsContentAndChanges()
-{
-    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
-    reference.getChild(0).setName(QStringLiteral("Edited"));
-    QVERIFY(reference.isChanged());
-    QVERIFY(koService<koReferenceService>()->getSceneReferences().first().isSubReferenceChanged());
-
-    reference.unload();
-    QCOMPARE(reference.getState(), koReferenceTypes::Unloaded);
-    QCOMPARE(reference.getChildCount(), 0u);
-    QVERIFY(!reference.isSelfOrSubReferenceChanged());
-
-    reference.load();
-    QCOMPARE(describeTree(reference), QStringLiteral("Part(Body)"));
-}
-
-void tst_koReferenceLoading::loadingALoadedReferenceChangesNothing_data()
+void tst_koReferenceLoading::editedReferenceLoadedAgainAndUnloaded_data()
 {
     QTest::addColumn<QString>("smart");
     QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("reloaded");
 
-    QTest::newRow("smart file") << "part.kpr" << QString();
-    QTest::newRow("source only") << QString() << "part.obj";
+    QTest::newRow("smart file") << "part.kpr" << QString() << "Part(Body)";
+    QTest::newRow("source only") << QString() << "part.obj" << "Part(Mesh)";
 }
 
-void tst_koReferenceLoading::loadingALoadedReferenceChangesNothing()
+void tst_koReferenceLoading::editedReferenceLoadedAgainAndUnloaded()
 {
     QFETCH(QString, smart);
     QFETCH(QString, source);
+    QFETCH(QString, reloaded);
 
-    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    m_host.writeFile(QStringLiteral("part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Body\nf 1 2 3\n");
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", smart, source));
     reference.getChild(0).setName(QStringLiteral("Edited"));
+    QVERIFY(koService<koReferenceService>()->getSceneReferences().first().isSubReferenceChanged());
     const QByteArray scene = koTestHost::sceneSnapshot();
     const int steps = koUndoStack::the()->count();
 
     reference.load();
     QCOMPARE(koTestHost::sceneSnapshot(), scene);
     QCOMPARE(koUndoStack::the()->count(), steps);
+
+    reference.unload();
+    QCOMPARE(reference.getState(), koReferenceTypes::Unloaded);
+    QCOMPARE(reference.getChildCount(), 0u);
+    QVERIFY(!reference.isSelfOrSubReferenceChanged());
+    reference.load();
+    QCOMPARE(describeTree(reference), reloaded);
 }
 
 void tst_koReferenceLoading::savingWritesAMissingFileAgain()
 {
-    const QString file = m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
+    const QString file = m_host.path(QStringLiteral("part.kpr"));
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
     QVERIFY(QFile::remove(file));
     koService<koReferenceService>()->checkFiles();
@@ -213,20 +178,16 @@ void tst_koReferenceLoading::savingWritesAMissingFileAgain()
 
 void tst_koReferenceLoading::loadPrefersTheSmartFile()
 {
-    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("FromSmart")});
-    m_host.writeFile(QStringLiteral("part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no FromSource\nf 1 2 3\n");
     kodReferenceNode reference = m_host.loadSingleReference(
         koTestHost::reference("Part", "part.kpr", "part.obj", {{"loaded", false}}));
     reference.load();
-    QCOMPARE(describeTree(reference), QStringLiteral("Part(FromSmart)"));
+    QCOMPARE(describeTree(reference), QStringLiteral("Part(Body)"));
     reference.loadSourceReference();
-    QCOMPARE(describeTree(reference), QStringLiteral("Part(FromSource)"));
+    QCOMPARE(describeTree(reference), QStringLiteral("Part(Mesh)"));
 }
 
 void tst_koReferenceLoading::sourceImportOnASmartReferenceIsAChange()
 {
-    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
-    m_host.writeFile(QStringLiteral("part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Body\nf 1 2 3\n");
     m_host.writeFile(QStringLiteral("other.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Other\nf 1 2 3\n");
     kodReferenceNode smart = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", "part.obj"));
     kodReferenceNode sourceOnly = koService<koReferenceService>()->createReference(kodNode());
@@ -242,7 +203,6 @@ void tst_koReferenceLoading::sourceImportOnASmartReferenceIsAChange()
 
 void tst_koReferenceLoading::clonesShareTheirReference()
 {
-    m_host.writeProject(QStringLiteral("part.kpr"), {koTestHost::geometry("Body")});
     kodReferenceNode original = m_host.loadSingleReference(koTestHost::reference("Part", "part.kpr", QString()));
     const QList<kodNode> clones = koService<koTreeService>()->cloneNodes({original});
     QCOMPARE(clones.size(), 1);

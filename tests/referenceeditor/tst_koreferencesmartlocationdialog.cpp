@@ -119,13 +119,10 @@ void tst_koReferenceSmartLocationDialog::chooseFolder()
 
     dialog.m_chooseFolder->click();
 
-    QCOMPARE(files.calls().size(), 1);
-    const koFileDialog::Call& call = files.calls().first();
-    QCOMPARE(call.function, koFileDialog::Function::ExistingDirectory);
-    QCOMPARE(call.parent.data(), &dialog);
-    QCOMPARE(call.caption, QStringLiteral("Custom Smart Reference Location"));
-    QCOMPARE(call.dir, startsAtTyped ? m_host.path(typed) : QString());
-    QCOMPARE(call.options, QFileDialog::Options(QFileDialog::ShowDirsOnly));
+    const QString start = startsAtTyped ? m_host.path(typed) : QString();
+    QCOMPARE(files.summaries(), QStringList{"folder: Custom Smart Reference Location|" + start + '|'});
+    QCOMPARE(files.calls().first().parent.data(), &dialog);
+    QCOMPARE(files.calls().first().options, QFileDialog::Options(QFileDialog::ShowDirsOnly));
     QCOMPARE(dialog.customFolder(), m_host.path(expectedFolder));
     QCOMPARE(driver.mismatches(), QStringList());
     const QString refusal = QStringLiteral("Create Smart References|You appear to not have write permissions for this "

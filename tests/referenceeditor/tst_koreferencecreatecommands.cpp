@@ -168,8 +168,6 @@ void tst_koReferenceCreateCommands::replace_data()
                                                << smartRefused << false << smartKept << "smart/current.kpr";
     QTest::newRow("smart: typed file no smart file") << true << "Smart" << "parts/a.obj" << QString() << false << ok
                                                      << smartRefused << false << smartKept << "smart/current.kpr";
-    QTest::newRow("smart: suffix in capitals") << true << "Smart" << "smart/UPPER.KPR" << QString() << false << ok
-                                               << smartRefused << false << smartKept << "smart/current.kpr";
     QTest::newRow("smart: typed, OK") << true << "Smart" << "smart/other.kpr" << QString() << false << ok
                                       << smartQuestion + confirm << false << "other smart/other.kpr -"
                                       << "smart/other.kpr";

@@ -33,7 +33,6 @@ private slots:
     void badFilesAreRefusedWithAReason_data();
     void badFilesAreRefusedWithAReason();
     void filterListsWhatTheLibraryReads();
-    void nodeInformationCountsTheGeometry();
 
 private:
     koTestHost m_host;
@@ -58,28 +57,10 @@ QByteArray binaryStl(quint32 declared, int written)
     return data;
 }
 
-QByteArray gltf(const QByteArray& nodes)
+// Two nodes of one triangle each, the second moved 2 along x.
+QByteArray gltf()
 {
-    // Two triangles' worth of positions (9 floats) and three indices, base64 below.
-    const QByteArray buffer = [] {
-        QByteArray bytes;
-        QDataStream stream(&bytes, QIODevice::WriteOnly);
-        stream.setByteOrder(QDataStream::LittleEndian);
-        stream.setFloatingPointPrecision(QDataStream::SinglePrecision);
-        for (float value : {0.f, 0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 1.f, 0.f})
-            stream << value;
-        for (quint32 index : {0u, 1u, 2u})
-            stream << index;
-        return bytes;
-    }();
-    return R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0, 1]}],
-        "nodes": )" + nodes + R"(,
-        "meshes": [{"name": "Plate", "primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
-        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3", "min": [0, 0, 0], "max": [1, 1, 0]},
-                      {"bufferView": 1, "componentType": 5125, "count": 3, "type": "SCALAR"}],
-        "bufferViews": [{"buffer": 0, "byteOffset": 0, "byteLength": 36}, {"buffer": 0, "byteOffset": 36, "byteLength": 12}],
-        "buffers": [{"byteLength": 48, "uri": "data:application/octet-stream;base64,)"
-           + buffer.toBase64() + R"("}]})";
+    return koTestHost::readFile(QFINDTESTDATA("../data/meshes/plate.gltf"));
 }
 
 // A box as the CAD exchange formats hold it, written by the same library that reads it.
@@ -120,6 +101,17 @@ QString describe(const kodNode& node)
     return children.isEmpty() ? text : text + QLatin1Char('(') + children.join(QStringLiteral(", ")) + QLatin1Char(')');
 }
 
+// The vertices/faces the node information dialog shows.
+QString information(const kodNode& node)
+{
+    koNodeInfoDialog dialog;
+    koNodeInformation::describe(node, dialog);
+    QMap<QString, QString> shown;
+    for (const QLabel* label : dialog.findChildren<QLabel*>(QStringLiteral("infoLabel")))
+        shown.insert(label->text(), qobject_cast<QLabel*>(label->buddy())->text());
+    return shown.value(QStringLiteral("Vertices")) + QLatin1Char('/') + shown.value(QStringLiteral("Faces"));
+}
+
 } // namespace
 
 void tst_koMeshImporter::formatsBecomeNodeTrees_data()
@@ -127,27 +119,25 @@ void tst_koMeshImporter::formatsBecomeNodeTrees_data()
     QTest::addColumn<QString>("file");
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("tree");
+    QTest::addColumn<QString>("information");
 
     QTest::newRow("OBJ objects") << "part.obj"
                                  << triangleObj + "o Left\nf 1 2 3\no Right\nv 1 1 0\nf 1 2 4 3\nf 1 2 3\n"
-                                 << "R(Left 3/1, Right 4/2)";
+                                 << "R(Left 3/1, Right 4/2)" << "7/3";
     QTest::newRow("ASCII STL") << "part.stl"
                                << QByteArray("solid bell\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\n"
                                   "vertex 0 1 0\nendloop\nendfacet\nendsolid bell\n")
-                               << "R(bell 3/1)";
-    QTest::newRow("binary STL") << "part.stl" << binaryStl(2, 2) << "R(part 4/2)";
+                               << "R(bell 3/1)" << "3/1";
+    QTest::newRow("binary STL") << "part.stl" << binaryStl(2, 2) << "R(part 4/2)" << "4/2";
     QTest::newRow("PLY") << "part.ply"
                          << QByteArray("ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
                             "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
                             "0 0 0\n1 0 0\n1 1 0\n0 1 0\n4 0 1 2 3\n")
-                         << "R(part 4/1)";
-    QTest::newRow("glTF with placement")
-        << "part.gltf"
-        << gltf(R"([{"name": "Left", "mesh": 0}, {"name": "Right", "mesh": 0, "translation": [2, 0, 0]}])")
-        << "R(Left 3/1, Right 3/1 x=2)";
+                         << "R(part 4/1)" << "4/1";
+    QTest::newRow("glTF with placement") << "part.gltf" << gltf() << "R(Left 3/1, Right 3/1 x=2)" << "6/2";
     // Six faces of two triangles each, every face with its own four corners.
-    QTest::newRow("STEP") << "box.step" << cadBox(QStringLiteral("step")) << "R(box 24/12)";
-    QTest::newRow("IGES") << "box.igs" << cadBox(QStringLiteral("igs")) << "R(box 24/12)";
+    QTest::newRow("STEP") << "box.step" << cadBox(QStringLiteral("step")) << "R(box 24/12)" << "24/12";
+    QTest::newRow("IGES") << "box.igs" << cadBox(QStringLiteral("igs")) << "R(box 24/12)" << "24/12";
 }
 
 void tst_koMeshImporter::formatsBecomeNodeTrees()
@@ -155,11 +145,13 @@ void tst_koMeshImporter::formatsBecomeNodeTrees()
     QFETCH(QString, file);
     QFETCH(QByteArray, content);
     QFETCH(QString, tree);
+    QFETCH(QString, information);
     m_host.writeFile(file, content);
 
     const kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("R", QString(), file));
     QVERIFY2(reference.isLoaded(), qPrintable(koService<koLogService>()->lastMessage()));
     QCOMPARE(describe(reference), tree);
+    QCOMPARE(::information(reference), information);
     QCOMPARE(reference.getSourceFileState(), koReferenceTypes::UpToDate);
 }
 
@@ -179,7 +171,7 @@ void tst_koMeshImporter::badFilesAreRefusedWithAReason_data()
     QTest::newRow("IGES that is text") << "bad.igs" << QByteArray("not a drawing\n") << "bad.igs";
     QTest::newRow("glTF that is no JSON") << "bad.gltf" << QByteArray("{\"asset\": {\"version\": ") << "bad.gltf";
     QTest::newRow("glTF pointing past its buffer")
-        << "bad.gltf" << gltf(R"([{"name": "Left", "mesh": 3}, {"name": "Right", "mesh": 0}])").replace("\"count\": 3, \"type\": \"VEC3\"", "\"count\": 300, \"type\": \"VEC3\"")
+        << "bad.gltf" << gltf().replace("\"mesh\": 0}, {", "\"mesh\": 3}, {").replace("\"count\": 3, \"type\": \"VEC3\"", "\"count\": 300, \"type\": \"VEC3\"")
         << "bad.gltf";
 }
 
@@ -216,20 +208,6 @@ void tst_koMeshImporter::filterListsWhatTheLibraryReads()
         QVERIFY2(all.contains(QLatin1String(pattern)), pattern);
     QVERIFY(entries.size() > 10);
     QVERIFY(!all.contains(QStringLiteral("*.catproduct")));
-}
-
-void tst_koMeshImporter::nodeInformationCountsTheGeometry()
-{
-    m_host.writeFile(QStringLiteral("two.obj"), triangleObj + "o Left\nf 1 2 3\no Right\nv 1 1 0\nf 1 2 4 3\n");
-    const kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("R", QString(), "two.obj"));
-    koNodeInfoDialog dialog;
-    koNodeInformation::describe(reference, dialog);
-
-    QMap<QString, QString> shown;
-    for (const QLabel* label : dialog.findChildren<QLabel*>(QStringLiteral("infoLabel")))
-        shown.insert(label->text(), qobject_cast<QLabel*>(label->buddy())->text());
-    QCOMPARE(shown.value(QStringLiteral("Vertices")), QStringLiteral("7"));
-    QCOMPARE(shown.value(QStringLiteral("Faces")), QStringLiteral("2"));
 }
 
 QTEST_MAIN(tst_koMeshImporter)

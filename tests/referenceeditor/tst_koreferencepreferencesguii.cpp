@@ -97,28 +97,17 @@ void enterAll(koReferencePreferencesGUII& page, const QStringList& edits)
     }
 }
 
-QString flag(bool value)
-{
-    return value ? QStringLiteral("true") : QStringLiteral("false");
-}
-
 // Writes down what the page hands to the host instead of acting on it.
 class RecordingReferenceService : public koReferenceService
 {
 public:
-    void setChangeMonitoringEnabled(bool enabled) override { record("setChangeMonitoringEnabled", flag(enabled)); }
-    void setShowConvertToSmartWarning(bool show) override { record("setShowConvertToSmartWarning", flag(show)); }
-    void setChangeNotificationMode(int mode) override { record("setChangeNotificationMode", mode); }
-    void setSmartReferenceStoreMode(int mode) override { record("setSmartReferenceStoreMode", mode); }
-    void setSmartReferenceStoreLocation(const QString& folder) override
-    {
-        record("setSmartReferenceStoreLocation", folder);
-    }
-    void setLoadSubReferencesMode(int mode) override { record("setLoadSubReferencesMode", mode); }
-    void setUpdateMonitoringInterval(int milliseconds) override
-    {
-        record("setUpdateMonitoringInterval", milliseconds);
-    }
+    void setChangeMonitoringEnabled(bool enabled) override { record(__func__, enabled); }
+    void setShowConvertToSmartWarning(bool show) override { record(__func__, show); }
+    void setChangeNotificationMode(int mode) override { record(__func__, mode); }
+    void setSmartReferenceStoreMode(int mode) override { record(__func__, mode); }
+    void setSmartReferenceStoreLocation(const QString& folder) override { record(__func__, folder); }
+    void setLoadSubReferencesMode(int mode) override { record(__func__, mode); }
+    void setUpdateMonitoringInterval(int milliseconds) override { record(__func__, milliseconds); }
 
     QStringList calls;
 

@@ -10,13 +10,7 @@
 #include <kovis/koNodeInfoDialog.h>
 #include <kovis/koReferenceService.h>
 
-#include <BRepPrimAPI_MakeBox.hxx>
-#include <IGESControl_Controller.hxx>
-#include <IGESControl_Writer.hxx>
-#include <STEPControl_Writer.hxx>
-
 #include <QDataStream>
-#include <QDir>
 #include <QLabel>
 #include <QtTest>
 
@@ -57,32 +51,11 @@ QByteArray binaryStl(quint32 declared, int written)
     return data;
 }
 
-// Two nodes of one triangle each, the second moved 2 along x.
-QByteArray gltf()
+// plate.gltf: two nodes of one triangle each, the second moved 2 along x; box.step and
+// box.igs: a box of 10 x 20 x 30 as the CAD library that reads them writes it.
+QByteArray meshFile(const QString& name)
 {
-    return koTestHost::readFile(QFINDTESTDATA("../data/meshes/plate.gltf"));
-}
-
-// A box as the CAD exchange formats hold it, written by the same library that reads it.
-QByteArray cadBox(const QString& suffix)
-{
-    const TopoDS_Shape box = BRepPrimAPI_MakeBox(10, 20, 30).Shape();
-    const QString path = QDir::temp().filePath(QStringLiteral("tst_komeshimporter-box.") + suffix);
-    if (suffix == QLatin1String("step")) {
-        STEPControl_Writer writer;
-        writer.Transfer(box, STEPControl_AsIs);
-        writer.Write(QFile::encodeName(path).constData());
-    } else {
-        IGESControl_Controller::Init();
-        IGESControl_Writer writer("MM", 1);
-        writer.AddShape(box);
-        writer.ComputeModel();
-        writer.Write(QFile::encodeName(path).constData());
-    }
-    QFile file(path);
-    const QByteArray data = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    file.remove();
-    return data;
+    return koTestHost::readFile(QFINDTESTDATA(QStringLiteral("../data/meshes/") + name));
 }
 
 // name(children) with vertices/faces of geometry and the x of its placement.
@@ -134,10 +107,10 @@ void tst_koMeshImporter::formatsBecomeNodeTrees_data()
                             "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
                             "0 0 0\n1 0 0\n1 1 0\n0 1 0\n4 0 1 2 3\n")
                          << "R(part 4/1)" << "4/1";
-    QTest::newRow("glTF with placement") << "part.gltf" << gltf() << "R(Left 3/1, Right 3/1 x=2)" << "6/2";
+    QTest::newRow("glTF with placement") << "part.gltf" << meshFile("plate.gltf") << "R(Left 3/1, Right 3/1 x=2)" << "6/2";
     // Six faces of two triangles each, every face with its own four corners.
-    QTest::newRow("STEP") << "box.step" << cadBox(QStringLiteral("step")) << "R(box 24/12)" << "24/12";
-    QTest::newRow("IGES") << "box.igs" << cadBox(QStringLiteral("igs")) << "R(box 24/12)" << "24/12";
+    QTest::newRow("STEP") << "box.step" << meshFile("box.step") << "R(box 24/12)" << "24/12";
+    QTest::newRow("IGES") << "box.igs" << meshFile("box.igs") << "R(box 24/12)" << "24/12";
 }
 
 void tst_koMeshImporter::formatsBecomeNodeTrees()
@@ -167,11 +140,11 @@ void tst_koMeshImporter::badFilesAreRefusedWithAReason_data()
     QTest::newRow("OBJ without geometry") << "empty.obj" << QByteArray("# nothing\n") << "empty.obj";
     QTest::newRow("truncated binary STL") << "bad.stl" << binaryStl(1000, 1) << "bad.stl";
     QTest::newRow("PLY cut in the header") << "bad.ply" << QByteArray("ply\nformat ascii 1.0\nelement vert") << "bad.ply";
-    QTest::newRow("STEP cut short") << "bad.step" << cadBox(QStringLiteral("step")).left(400) << "bad.step";
+    QTest::newRow("STEP cut short") << "bad.step" << meshFile("box.step").left(400) << "bad.step";
     QTest::newRow("IGES that is text") << "bad.igs" << QByteArray("not a drawing\n") << "bad.igs";
     QTest::newRow("glTF that is no JSON") << "bad.gltf" << QByteArray("{\"asset\": {\"version\": ") << "bad.gltf";
     QTest::newRow("glTF pointing past its buffer")
-        << "bad.gltf" << gltf().replace("\"mesh\": 0}, {", "\"mesh\": 3}, {").replace("\"count\": 3, \"type\": \"VEC3\"", "\"count\": 300, \"type\": \"VEC3\"")
+        << "bad.gltf" << meshFile("plate.gltf").replace("\"mesh\": 0}, {", "\"mesh\": 3}, {").replace("\"count\": 3, \"type\": \"VEC3\"", "\"count\": 300, \"type\": \"VEC3\"")
         << "bad.gltf";
 }
 

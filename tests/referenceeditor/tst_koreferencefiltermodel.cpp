@@ -40,7 +40,6 @@ private slots:
     void searchesTheSameColumnsOfAnyModel_data();
     void searchesTheSameColumnsOfAnyModel();
     void turningOffAnAbsentKeyStillRefilters();
-    void ancestorsOfMatchesStayVisible();
     void searchExpressions_data();
     void searchExpressions();
     void plainMatchingAgreesWithTheExpression_data();
@@ -202,22 +201,6 @@ void tst_koReferenceFilterModel::turningOffAnAbsentKeyStillRefilters()
     QCOMPARE(visibleNames(filter), QStringList{QStringLiteral("C")});
     filter.setFilterFlag(FilterFileType, false, QStringLiteral("osb"));
     QVERIFY(filter.isFilterEmpty());
-}
-
-void tst_koReferenceFilterModel::ancestorsOfMatchesStayVisible()
-{
-    koReferenceTreeModel graph;
-    graph.setHeader(koReferenceTreeModel::columnTitles());
-    graph.setRootItem(new koReferenceTreeRootItem(kodNode()));
-    koReferenceFilterModel filter;
-    filter.setRecursiveFilteringEnabled(true);
-    filter.setSourceModel(&graph);
-    filter.setSearchText(search(QStringLiteral("c.osb")));
-
-    QCOMPARE(filter.rowCount(), 1);
-    const QModelIndex project = filter.index(0, 0);
-    QCOMPARE(filter.rowCount(project), 1);
-    QCOMPARE(filter.index(0, 0, project).data(Qt::UserRole).value<kodNode>().getName(), QStringLiteral("C"));
 }
 
 void tst_koReferenceFilterModel::searchExpressions_data()

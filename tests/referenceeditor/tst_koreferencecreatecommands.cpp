@@ -62,9 +62,8 @@ void tst_koReferenceCreateCommands::cleanup()
 QString tst_koReferenceCreateCommands::describe(const kodReferenceNode& reference) const
 {
     const bool unsaved = reference.getSmartFileState() == koReferenceTypes::Unsaved;
-    return QStringList{reference.getName(), unsaved ? QStringLiteral("unsaved") : m_host.relative(reference.getSmartPath()),
-                       m_host.relative(reference.getSourcePath())}
-        .join(QLatin1Char(' '));
+    const QString smart = unsaved ? QStringLiteral("unsaved") : m_host.relative(reference.getSmartPath());
+    return QStringList{reference.getName(), smart, m_host.relative(reference.getSourcePath())}.join(QLatin1Char(' '));
 }
 
 void tst_koReferenceCreateCommands::create_data()
@@ -75,16 +74,18 @@ void tst_koReferenceCreateCommands::create_data()
     QTest::addColumn<QString>("expectedCall");
     QTest::addColumn<QStringList>("expectedReferences");
 
-    const QString smartCall = QStringLiteral("open several: Create Smart Reference||All Supported Files (*.kpr *.osb);; "
-                                             "Kovis Project File (*.kpr);; OpenSG Binary Geometry (*osb)");
+    const QString smartCall = QStringLiteral("open several: Create Smart Reference||All Supported Files (*.kpr "
+                                             "*.osb);; Kovis Project File (*.kpr);; OpenSG Binary Geometry (*osb)");
     const QString sourceCall = "open: Load Source Reference||"
                                + koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
 
-    QTest::newRow("new smart reference") << false << false << QStringList() << QString() << QStringList{"Reference - -"};
+    QTest::newRow("new smart reference")
+        << false << false << QStringList() << QString() << QStringList{"Reference - -"};
     QTest::newRow("smart references from a mixed pick")
         << false << true
         << QStringList{"smart/other.kpr", "parts/a.obj", "smart/shape.osb", "smart/UPPER.KPR", "smart/wheel.v2.kpr"}
-        << smartCall << QStringList{"other smart/other.kpr -", "shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
+        << smartCall
+        << QStringList{"other smart/other.kpr -", "shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
     QTest::newRow("smart references, nothing picked") << false << true << QStringList() << smartCall << QStringList();
     // Named after the file without its last suffix only.
     QTest::newRow("source reference") << true << true << QStringList{"parts/b.v2.obj"} << sourceCall
@@ -130,18 +131,14 @@ void tst_koReferenceCreateCommands::create()
 
 void tst_koReferenceCreateCommands::replace_data()
 {
-    QTest::addColumn<bool>("smart");
-    // The reference, and the others selected with it.
+    // The reference, and the others selected with it; "*" when its content was edited.
     QTest::addColumn<QString>("target");
-    // Typed into the path field; a null text asks through the file dialog instead.
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("picked");
-    QTest::addColumn<bool>("changed");
+    // "smart: type path" into the path field, or "smart: pick path" through the file dialog
+    // (no path for Cancel); "source: ..." for the source.
+    QTest::addColumn<QString>("input");
     QTest::addColumn<int>("answer");
-    QTest::addColumn<QString>("expectedBox");
-    QTest::addColumn<bool>("expectedLog");
-    QTest::addColumn<QString>("expectedReference");
-    QTest::addColumn<QString>("expectedField");
+    // The message boxes, the log, the reference afterwards and the path field.
+    QTest::addColumn<QStringList>("outcome");
 
     const int none = QMessageBox::NoButton;
     const int ok = QMessageBox::Ok;
@@ -157,92 +154,80 @@ void tst_koReferenceCreateCommands::replace_data()
         "reference with a newly converted version from the source. ");
     const QString sourceMissing =
         QStringLiteral("Replace Source Reference|The entered file path does not exists. Replace not possible. (error)");
-    const QString smartKept = QStringLiteral("Smart smart/current.kpr -");
-    const QString sourceKept = QStringLiteral("Source - parts/a.obj");
-    const QString bothKept = QStringLiteral("Both smart/both.kpr parts/b.obj");
+    const QString refusal = "Warning References: Kovis project or OSB files are not allowed as a source reference.";
+    const QStringList smartKept{"Smart smart/current.kpr -", "field smart/current.kpr"};
+    const QStringList sourceKept{"Source - parts/a.obj", "field parts/a.obj"};
+    const QStringList otherTaken{"other smart/other.kpr -", "field smart/other.kpr"};
+    const QStringList sourceTaken{"Source - parts/b.obj", "field parts/b.obj"};
 
-    QTest::newRow("smart: current path typed again")
-        << true << "Smart" << "smart/current.kpr" << QString() << false << none << QString() << false << smartKept
-        << "smart/current.kpr";
-    QTest::newRow("smart: typed file missing") << true << "Smart" << "smart/missing.kpr" << QString() << false << ok
-                                               << smartRefused << false << smartKept << "smart/current.kpr";
-    QTest::newRow("smart: typed file no smart file") << true << "Smart" << "parts/a.obj" << QString() << false << ok
-                                                     << smartRefused << false << smartKept << "smart/current.kpr";
-    QTest::newRow("smart: typed, OK") << true << "Smart" << "smart/other.kpr" << QString() << false << ok
-                                      << smartQuestion + confirm << false << "other smart/other.kpr -"
-                                      << "smart/other.kpr";
-    QTest::newRow("smart: typed with two selected") << true << "Smart,Source" << "smart/other.kpr" << QString()
-                                                    << false << none << QString() << false << smartKept
-                                                    << "smart/other.kpr";
-    QTest::newRow("smart: typed, Cancel") << true << "Smart" << "smart/other.kpr" << QString() << false << cancel
-                                          << smartQuestion + confirm << false << smartKept << "smart/other.kpr";
-    QTest::newRow("smart: changed, OK") << true << "Smart" << "smart/other.kpr" << QString() << true << ok
-                                        << smartQuestion + '\n' + changedText + confirm << false
-                                        << "other smart/other.kpr -" << "smart/other.kpr";
+    QTest::newRow("smart: current path typed again") << "Smart" << "smart: type smart/current.kpr" << none << smartKept;
+    QTest::newRow("smart: typed file missing")
+        << "Smart" << "smart: type smart/missing.kpr" << ok << QStringList{smartRefused} + smartKept;
+    QTest::newRow("smart: typed file no smart file")
+        << "Smart" << "smart: type parts/a.obj" << ok << QStringList{smartRefused} + smartKept;
+    QTest::newRow("smart: typed, OK") << "Smart" << "smart: type smart/other.kpr" << ok
+                                      << QStringList{smartQuestion + confirm} + otherTaken;
+    QTest::newRow("smart: typed with two selected")
+        << "Smart,Source" << "smart: type smart/other.kpr" << none
+        << QStringList{"Smart smart/current.kpr -", "field smart/other.kpr"};
+    QTest::newRow("smart: typed, Cancel")
+        << "Smart" << "smart: type smart/other.kpr" << cancel
+        << QStringList{smartQuestion + confirm, "Smart smart/current.kpr -", "field smart/other.kpr"};
+    QTest::newRow("smart: changed, OK") << "Smart*" << "smart: type smart/other.kpr" << ok
+                                        << QStringList{smartQuestion + '\n' + changedText + confirm} + otherTaken;
     // Content never written exists only in memory: replacing it is a change to confirm.
-    QTest::newRow("smart: unsaved, OK")
-        << true << "Fresh" << QString() << "smart/shape.osb" << false << ok
-        << "Replace Smart Reference|" + changedText + confirm << false << "shape smart/shape.osb parts/c.stl"
-        << "smart/shape.osb";
-    QTest::newRow("smart: unsaved but changed")
-        << true << "Fresh" << QString() << "smart/shape.osb" << true << cancel
-        << "Replace Smart Reference|" + changedText + confirm << false << "Fresh unsaved parts/c.stl"
-        << "smart/shape.osb";
-    QTest::newRow("smart: dialog cancelled") << true << "Smart" << QString() << QString() << false << none
-                                             << QString() << false << smartKept << "smart/current.kpr";
-    QTest::newRow("smart: no smart file picked") << true << "Smart" << QString() << "parts/a.obj" << false << none
-                                                 << QString() << false << smartKept << "smart/current.kpr";
+    QTest::newRow("smart: unsaved, OK") << "Fresh" << "smart: pick smart/shape.osb" << ok
+                                        << QStringList{"Replace Smart Reference|" + changedText + confirm,
+                                                       "shape smart/shape.osb parts/c.stl", "field smart/shape.osb"};
+    QTest::newRow("smart: unsaved but changed") << "Fresh*" << "smart: pick smart/shape.osb" << cancel
+                                                << QStringList{"Replace Smart Reference|" + changedText + confirm,
+                                                               "Fresh unsaved parts/c.stl", "field smart/shape.osb"};
+    QTest::newRow("smart: dialog cancelled") << "Smart" << "smart: pick" << none << smartKept;
+    QTest::newRow("smart: no smart file picked") << "Smart" << "smart: pick parts/a.obj" << none << smartKept;
 
-    QTest::newRow("source: current path typed again") << false << "Source" << "parts/a.obj" << QString() << false
-                                                      << none << QString() << false << sourceKept << "parts/a.obj";
-    QTest::newRow("source: typed file missing") << false << "Source" << "parts/missing.obj" << QString() << false
-                                                << ok << sourceMissing << false << sourceKept << "parts/a.obj";
-    QTest::newRow("source: typed binary geometry") << false << "Source" << "smart/shape.osb" << QString() << false
-                                                   << none << QString() << true << sourceKept << "parts/a.obj";
+    QTest::newRow("source: current path typed again") << "Source" << "source: type parts/a.obj" << none << sourceKept;
+    QTest::newRow("source: typed file missing")
+        << "Source" << "source: type parts/missing.obj" << ok << QStringList{sourceMissing} + sourceKept;
+    QTest::newRow("source: typed binary geometry")
+        << "Source" << "source: type smart/shape.osb" << none << QStringList{refusal} + sourceKept;
     QTest::newRow("source: no smart, unchanged: no question")
-        << false << "Source" << "parts/b.obj" << QString() << false << none << QString() << false
-        << "Source - parts/b.obj" << "parts/b.obj";
-    QTest::newRow("source: changed") << false << "Source" << "parts/b.obj" << QString() << true << ok
-                                     << "Replace Source Reference|" + changedText + confirm << false
-                                     << "Source - parts/b.obj" << "parts/b.obj";
-    QTest::newRow("source: with smart, OK") << false << "Both" << "parts/a.obj" << QString() << false << ok
-                                            << sourceQuestion + confirm << false << "a unsaved parts/a.obj"
-                                            << "parts/a.obj";
-    QTest::newRow("source: with smart, Cancel") << false << "Both" << "parts/a.obj" << QString() << false << cancel
-                                                << sourceQuestion + confirm << false << bothKept << "parts/a.obj";
-    QTest::newRow("source: binary geometry picked") << false << "Source" << QString() << "smart/shape.osb" << false
-                                                    << none << QString() << true << sourceKept << "parts/a.obj";
-    QTest::newRow("source: picked") << false << "Source" << QString() << "parts/b.obj" << false << none << QString()
-                                    << false << "Source - parts/b.obj" << "parts/b.obj";
-    QTest::newRow("source: dialog cancelled") << false << "Source" << QString() << QString() << false << none
-                                              << QString() << false << sourceKept << "parts/a.obj";
+        << "Source" << "source: type parts/b.obj" << none << sourceTaken;
+    QTest::newRow("source: changed") << "Source*" << "source: type parts/b.obj" << ok
+                                     << QStringList{"Replace Source Reference|" + changedText + confirm} + sourceTaken;
+    QTest::newRow("source: with smart, OK")
+        << "Both" << "source: type parts/a.obj" << ok
+        << QStringList{sourceQuestion + confirm, "a unsaved parts/a.obj", "field parts/a.obj"};
+    QTest::newRow("source: with smart, Cancel")
+        << "Both" << "source: type parts/a.obj" << cancel
+        << QStringList{sourceQuestion + confirm, "Both smart/both.kpr parts/b.obj", "field parts/a.obj"};
+    QTest::newRow("source: binary geometry picked")
+        << "Source" << "source: pick smart/shape.osb" << none << QStringList{refusal} + sourceKept;
+    QTest::newRow("source: picked") << "Source" << "source: pick parts/b.obj" << none << sourceTaken;
+    QTest::newRow("source: dialog cancelled") << "Source" << "source: pick" << none << sourceKept;
 }
 
 void tst_koReferenceCreateCommands::replace()
 {
-    QFETCH(bool, smart);
     QFETCH(QString, target);
-    QFETCH(QString, typed);
-    QFETCH(QString, picked);
-    QFETCH(bool, changed);
+    QFETCH(QString, input);
     QFETCH(int, answer);
-    QFETCH(QString, expectedBox);
-    QFETCH(bool, expectedLog);
-    QFETCH(QString, expectedReference);
-    QFETCH(QString, expectedField);
+    QFETCH(QStringList, outcome);
 
+    const bool smart = input.startsWith(QLatin1String("smart"));
+    const bool typed = input.contains(QLatin1String(": type "));
+    const QString path = input.section(QLatin1Char(' '), 2);
     QList<kodNode> selection;
-    for (const QString& name : target.split(QLatin1Char(',')))
+    for (const QString& name : QString(target).remove(QLatin1Char('*')).split(QLatin1Char(',')))
         selection.append(koTestHost::findNode(name));
     const kodReferenceNode reference(selection.first().getObjectId());
-    if (changed)
+    if (target.endsWith(QLatin1Char('*')))
         reference.getChild(0).setName(QStringLiteral("Edited"));
     // The reload that the edit queues refills the path fields; it runs before the command.
     koTestHost::settle();
     QLineEdit* field = smart ? m_module->m_smartFile : m_module->m_sourceFile;
     const QString current = smart ? reference.getSmartPath() : reference.getSourcePath();
     koScriptedFileDialog files;
-    files.answer(picked.isEmpty() ? QString() : m_host.path(picked));
+    files.answer(path.isEmpty() ? QString() : m_host.path(path));
     koDialogDriver driver;
     if (answer != QMessageBox::NoButton)
         driver.answerMessageBox(QMessageBox::StandardButton(answer));
@@ -252,9 +237,9 @@ void tst_koReferenceCreateCommands::replace()
 
     // The field shows the reference's path until the user types another.
     field->setText(current);
-    if (!typed.isNull()) {
+    if (typed) {
         m_module->nodeSelectionModel()->selectNodes(selection);
-        field->setText(m_host.path(typed));
+        field->setText(m_host.path(path));
         QTest::keyClick(field, Qt::Key_Return);
     } else if (smart) {
         emit ui->requestUiReplaceSmart(reference);
@@ -262,18 +247,15 @@ void tst_koReferenceCreateCommands::replace()
         emit ui->requestUiReplaceSource(reference);
     }
 
-    QCOMPARE(driver.mismatches(), QStringList());
-    QCOMPARE(driver.summaries(), expectedBox.isEmpty() ? QStringList() : QStringList{expectedBox});
+    const QStringList shown = driver.mismatches() + driver.summaries() + koTestHost::logLines()
+                              + QStringList{describe(reference), "field " + m_host.relative(field->text())};
+    QCOMPARE(shown, outcome);
     const QString call = smart ? "open: Replace Smart Reference|" + current + "|Smart files (*.kpr *.osb)"
                                : "open: Replace Source Reference|" + current + '|'
                                      + koService<koFileIOService>()->getImportFileFilter(koFileIOService::ImportFiles);
-    QCOMPARE(files.summaries(), typed.isNull() ? QStringList{call} : QStringList());
-    const QString refusal = "Warning References: Kovis project or OSB files are not allowed as a source reference.";
-    QCOMPARE(koTestHost::logLines(), expectedLog ? QStringList{refusal} : QStringList());
-    QCOMPARE(describe(reference), expectedReference);
-    QCOMPARE(m_host.relative(field->text()), expectedField);
+    QCOMPARE(files.summaries(), typed ? QStringList() : QStringList{call});
     QVERIFY(!field->signalsBlocked());
-    if (expectedReference == initial)
+    if (describe(reference) == initial)
         QCOMPARE(koTestHost::sceneSnapshot(), before);
 }
 

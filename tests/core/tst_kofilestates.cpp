@@ -5,12 +5,9 @@
 #include <kovis/koReferenceService.h>
 
 #include <QFile>
+#include <QJsonDocument>
 #include <QSignalSpy>
 #include <QtTest>
-
-using koReferenceTypes::FileState;
-
-Q_DECLARE_METATYPE(koReferenceTypes::FileState)
 
 class tst_koFileStates : public QObject
 {
@@ -35,72 +32,64 @@ const QDateTime past(QDate(2020, 1, 1), QTime(12, 0), Qt::UTC);
 
 void tst_koFileStates::states_data()
 {
-    QTest::addColumn<QString>("setup");
-    QTest::addColumn<FileState>("smartState");
-    QTest::addColumn<FileState>("sourceState");
+    // What is done to the part's files before and after loading, the links and fields of the
+    // reference to them (single quotes stand for double), and its smart and source file states.
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QByteArray>("links");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<QString>("states");
 
-    QTest::newRow("both files present") << "present" << koReferenceTypes::UpToDate << koReferenceTypes::UpToDate;
-    QTest::newRow("smart file absent") << "smart absent" << koReferenceTypes::Missing << koReferenceTypes::UpToDate;
-    QTest::newRow("source file absent") << "source absent" << koReferenceTypes::UpToDate << koReferenceTypes::Missing;
-    QTest::newRow("smart file corrupt") << "smart corrupt" << koReferenceTypes::Missing << koReferenceTypes::UpToDate;
-    QTest::newRow("smart file written after loading")
-        << "smart touched" << koReferenceTypes::OutOfDate << koReferenceTypes::UpToDate;
-    QTest::newRow("unloaded smart file written later")
-        << "unloaded smart touched" << koReferenceTypes::UpToDate << koReferenceTypes::UpToDate;
-    QTest::newRow("source newer than its import")
-        << "source newer" << koReferenceTypes::UpToDate << koReferenceTypes::OutOfDate;
-    QTest::newRow("source older than its import")
-        << "source older" << koReferenceTypes::UpToDate << koReferenceTypes::UpToDate;
-    QTest::newRow("smart link created in the session")
-        << "converted" << koReferenceTypes::Unsaved << koReferenceTypes::UpToDate;
-    QTest::newRow("unsaved smart link given an existing file")
-        << "converted with path" << koReferenceTypes::Unsaved << koReferenceTypes::UpToDate;
-    QTest::newRow("no links") << "no links" << koReferenceTypes::NoFile << koReferenceTypes::NoFile;
+    const QByteArray both = "'smart': 'parts/part.kpr', 'source': 'parts/part.obj'";
+    const QByteArray imported = both + ", 'sourceImported': ";
+    const QByteArray source = "'source': 'parts/part.obj'";
+    QTest::newRow("both files present") << "" << both << "" << "UpToDate UpToDate";
+    QTest::newRow("smart file absent") << "remove smart" << both << "" << "Missing UpToDate";
+    QTest::newRow("source file absent") << "remove source" << both << "" << "UpToDate Missing";
+    QTest::newRow("smart file corrupt") << "corrupt smart" << both << "" << "Missing UpToDate";
+    QTest::newRow("smart file written after loading") << "" << both << "touch smart" << "OutOfDate UpToDate";
+    QTest::newRow("unloaded smart file written later") << "" << both + ", 'loaded': false" << "touch smart" << "UpToDate UpToDate";
+    QTest::newRow("source newer than its import") << "" << imported + "'2019-12-31T12:00:00Z'" << "" << "UpToDate OutOfDate";
+    QTest::newRow("source older than its import") << "" << imported + "'2020-01-02T12:00:00Z'" << "" << "UpToDate UpToDate";
+    QTest::newRow("smart link created in the session") << "" << source << "convert" << "Unsaved UpToDate";
+    QTest::newRow("unsaved smart link given an existing file") << "" << source << "convert, give a file" << "Unsaved UpToDate";
+    QTest::newRow("no links") << "" << QByteArray() << "" << "NoFile NoFile";
 }
 
 void tst_koFileStates::states()
 {
-    QFETCH(QString, setup);
-    QFETCH(FileState, smartState);
-    QFETCH(FileState, sourceState);
+    QFETCH(QString, before);
+    QFETCH(QByteArray, links);
+    QFETCH(QString, after);
+    QFETCH(QString, states);
 
     const QString smartFile = m_host.writeProject(QStringLiteral("parts/part.kpr"), {koTestHost::geometry("Body")});
     const QString sourceFile = m_host.writeFile(QStringLiteral("parts/part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Body\nf 1 2 3\n");
     koTestHost::setModified(smartFile, past);
     koTestHost::setModified(sourceFile, past);
-    if (setup == "smart absent")
+    if (before == "remove smart")
         QFile::remove(smartFile);
-    if (setup == "source absent")
+    if (before == "remove source")
         QFile::remove(sourceFile);
-    if (setup == "smart corrupt")
+    if (before == "corrupt smart")
         m_host.writeFile(QStringLiteral("parts/part.kpr"), "{\"format\": \"kovis-pro");
 
-    QJsonObject extra;
-    if (setup == "unloaded smart touched")
-        extra.insert(QStringLiteral("loaded"), false);
-    if (setup == "source newer")
-        extra.insert(QStringLiteral("sourceImported"), past.addDays(-1).toString(Qt::ISODate));
-    if (setup == "source older")
-        extra.insert(QStringLiteral("sourceImported"), past.addDays(1).toString(Qt::ISODate));
-    const bool withSmart = setup != "converted" && setup != "converted with path" && setup != "no links";
-    const QJsonObject node = koTestHost::reference(QStringLiteral("Part"),
-                                                   withSmart ? QStringLiteral("parts/part.kpr") : QString(),
-                                                   setup == "no links" ? QString() : QStringLiteral("parts/part.obj"),
-                                                   extra);
-    kodReferenceNode reference = m_host.loadSingleReference(node);
+    const QJsonObject fields = QJsonDocument::fromJson("{" + links.replace('\'', '"') + "}").object();
+    kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", QString(), QString(), fields));
     QVERIFY(reference.isValid());
 
-    if (setup == "smart touched" || setup == "unloaded smart touched") {
+    if (after == "touch smart") {
         koTestHost::setModified(smartFile, past.addSecs(60));
         koService<koReferenceService>()->checkFiles();
     }
-    if (setup.startsWith("converted"))
+    if (after.startsWith("convert"))
         koService<koReferenceService>()->convertToSmartReference(reference);
-    if (setup == "converted with path")
+    if (after == "convert, give a file")
         reference.setSmartPath(smartFile);
 
-    QCOMPARE(reference.getSmartFileState(), smartState);
-    QCOMPARE(reference.getSourceFileState(), sourceState);
+    const QMetaEnum names = QMetaEnum::fromType<koReferenceTypes::FileState>();
+    QCOMPARE(QStringLiteral("%1 %2").arg(names.valueToKey(reference.getSmartFileState()),
+                                         names.valueToKey(reference.getSourceFileState())),
+             states);
 }
 
 void tst_koFileStates::monitoringAnnouncesEachChangeOnce()

@@ -32,13 +32,11 @@ private slots:
     void cleanup();
     void repath_data();
     void repath();
-    void requestsChooseTheLinks_data();
-    void requestsChooseTheLinks();
     void dialogStartsFreshAndEnterAccepts();
     void cancelDuringTheSearchChangesNothing();
 
 private:
-    QString links() const;
+    QStringList links() const;
 
     koTestHost m_host;
     std::unique_ptr<koReferenceEditorModule> m_module;
@@ -95,169 +93,134 @@ void tst_koReferenceRepathFlow::cleanup()
     QDir(m_host.path(QStringLiteral("new"))).removeRecursively();
 }
 
-QString tst_koReferenceRepathFlow::links() const
+// "A smart=path" and "A source=path" for A and B, paths relative to the test folder.
+QStringList tst_koReferenceRepathFlow::links() const
 {
     QStringList links;
-    for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
-        const kodReferenceNode node = koTestHost::findReference(name);
-        links.append(name + QLatin1Char('=') + m_host.relative(node.getSmartPath()) + QLatin1Char(',')
-                     + m_host.relative(node.getSourcePath()));
+    for (const kodReferenceNode& node : koTestHost::findReferences({QStringLiteral("A"), QStringLiteral("B")})) {
+        links << node.getName() + " smart=" + m_host.relative(node.getSmartPath())
+              << node.getName() + " source=" + m_host.relative(node.getSourcePath());
     }
-    return links.join(QLatin1Char(' '));
+    return links;
 }
-
-namespace {
-
-int differingLinks(const QString& before, const QString& after)
-{
-    const QStringList old = before.split(QRegularExpression(QStringLiteral("[ ,]")));
-    const QStringList now = after.split(QRegularExpression(QStringLiteral("[ ,]")));
-    int differing = 0;
-    for (int i = 0; i < old.size() && i < now.size(); ++i)
-        differing += old.at(i) != now.at(i);
-    return differing;
-}
-
-} // namespace
 
 void tst_koReferenceRepathFlow::repath_data()
 {
+    // "repath" as the editor's command does, or the host's request for "references", "smarts" or "sources".
+    QTest::addColumn<QString>("command");
     QTest::addColumn<QStringList>("nodes");
     QTest::addColumn<QStringList>("newFiles");
-    QTest::addColumn<QString>("dialog");
-    QTest::addColumn<QString>("summary");
-    QTest::addColumn<QStringList>("expectedSummary");
-    QTest::addColumn<QString>("expectedWarning");
-    QTest::addColumn<QString>("expectedLinks");
-    // Whether a warning names the other files of A's source, found in two folders.
-    QTest::addColumn<bool>("ambiguityLogged");
+    // For the repath dialog "accept", "top only" (no sub-folders), "missing only", "empty"
+    // (no folder) or "reject"; then "summary ok" or "summary cancel", or "ok" for a message box.
+    QTest::addColumn<QStringList>("answers");
+    // The summary, the message boxes, the links that changed and the warnings logged.
+    QTest::addColumn<QStringList>("outcome");
 
-    const QString unchanged = QStringLiteral("A=old/a/a.kpr,old/a/a.obj B=-,old/b/b.obj");
-    const QString notFound = QStringLiteral("This reference name cannot be found in the selected directory. "
-                                            "Please check the directory and try again.");
+    const QString notFound = QStringLiteral("Repath|This reference name cannot be found in the selected directory. "
+                                            "Please check the directory and try again. (warning)");
     const QStringList someFiles{"new/parts/a/a.kpr", "new/parts/a/a.obj"};
     const QStringList allFiles = someFiles + QStringList{"new/b/b.obj"};
+    const QStringList aFound{"A smart=new/parts/a/a.kpr", "A source=new/parts/a/a.obj"};
+    const QStringList accept{"accept"};
+    const QStringList two{"A", "B"};
 
-    QTest::newRow("one node, both links found")
-        << QStringList{"A"} << someFiles << "accept" << QString() << QStringList() << QString()
-        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,old/b/b.obj" << false;
-    QTest::newRow("two nodes, all found")
-        << QStringList{"A", "B"} << allFiles << "accept" << QString() << QStringList() << QString()
-        << "A=new/parts/a/a.kpr,new/parts/a/a.obj B=-,new/b/b.obj" << false;
+    QTest::newRow("one node, both links found") << "repath" << QStringList{"A"} << someFiles << accept << aFound;
+    QTest::newRow("two nodes, all found") << "repath" << two << allFiles << accept
+                                          << aFound + QStringList{"B source=new/b/b.obj"};
     QTest::newRow("one node, its file not found")
-        << QStringList{"B"} << someFiles << "accept" << QString() << QStringList() << notFound << unchanged << false;
-    QTest::newRow("one node, one of its two links found")
-        << QStringList{"A"} << QStringList{"new/a.obj"} << "accept" << QString() << QStringList() << notFound << unchanged << false;
+        << "repath" << QStringList{"B"} << someFiles << QStringList{"accept", "ok"} << QStringList{notFound};
+    QTest::newRow("one node, one of its two links found") << "repath" << QStringList{"A"} << QStringList{"new/a.obj"}
+                                                          << QStringList{"accept", "ok"} << QStringList{notFound};
     QTest::newRow("sub-folders not searched")
-        << QStringList{"A"} << someFiles << "top only" << QString() << QStringList() << notFound << unchanged << false;
-    QTest::newRow("empty folder") << QStringList{"A", "B"} << allFiles << "empty" << QString() << QStringList()
-                                  << QString() << unchanged << false;
-    QTest::newRow("dialog cancelled") << QStringList{"A", "B"} << allFiles << "reject" << QString() << QStringList()
-                                      << QString() << unchanged << false;
+        << "repath" << QStringList{"A"} << someFiles << QStringList{"top only", "ok"} << QStringList{notFound};
+    QTest::newRow("empty folder") << "repath" << two << allFiles << QStringList{"empty"} << QStringList();
+    QTest::newRow("dialog cancelled") << "repath" << two << allFiles << QStringList{"reject"} << QStringList();
     QTest::newRow("missing files only, none missing")
-        << QStringList{"C"} << QStringList{"new/c.obj"} << "missing only" << QString() << QStringList() << QString()
-        << unchanged << false;
+        << "repath" << QStringList{"C"} << QStringList{"new/c.obj"} << QStringList{"missing only"} << QStringList();
     const QStringList ambiguous{"new/a/a.obj", "new/x/a.obj", "new/a/a.kpr"};
-    const QStringList oneNotFound{"2 Filepaths successful", "1 Filepaths unsuccessful", "old/b/b.obj"};
-    const QString ambiguousFound = QStringLiteral("A=new/a/a.kpr,new/a/a.obj");
+    const QString summary = QStringLiteral("Repath: 2 Filepaths successful|1 Filepaths unsuccessful|old/b/b.obj");
+    const QStringList ambiguousFound{"A smart=new/a/a.kpr", "A source=new/a/a.obj"};
+    const QString ambiguity = QStringLiteral("Warning References: A (source link): 2 files named a.obj were found; "
+                                             "repathed to new/a/a.obj by longest tail of 1 folder(s). The others: "
+                                             "new/x/a.obj");
     QTest::newRow("ambiguous name, all found")
-        << QStringList{"A", "B"} << ambiguous + QStringList{"new/b/b.obj"} << "accept" << QString() << QStringList()
-        << QString() << ambiguousFound + " B=-,new/b/b.obj" << true;
-    QTest::newRow("ambiguous name, summary OK") << QStringList{"A", "B"} << ambiguous << "accept" << "ok" << oneNotFound
-                                                << QString() << ambiguousFound + " B=-,new/b.obj" << true;
+        << "repath" << two << ambiguous + QStringList{"new/b/b.obj"} << accept
+        << ambiguousFound + QStringList{"B source=new/b/b.obj", ambiguity};
+    QTest::newRow("ambiguous name, summary OK")
+        << "repath" << two << ambiguous << QStringList{"accept", "summary ok"}
+        << QStringList{summary} + ambiguousFound + QStringList{"B source=new/b.obj", ambiguity};
     QTest::newRow("ambiguous name, summary cancelled")
-        << QStringList{"A", "B"} << ambiguous << "accept" << "cancel" << oneNotFound << QString() << unchanged << false;
+        << "repath" << two << ambiguous << QStringList{"accept", "summary cancel"} << QStringList{summary};
+
+    const QStringList aNear{"new/a.kpr", "new/a.obj"};
+    QTest::newRow("request for references") << "references" << QStringList{"A"} << aNear << accept
+                                            << QStringList{"A smart=new/a.kpr", "A source=new/a.obj"};
+    QTest::newRow("request for smarts") << "smarts" << QStringList{"A"} << aNear << accept
+                                        << QStringList{"A smart=new/a.kpr"};
+    QTest::newRow("request for sources") << "sources" << QStringList{"A"} << aNear << accept
+                                         << QStringList{"A source=new/a.obj"};
 }
 
 void tst_koReferenceRepathFlow::repath()
 {
+    QFETCH(QString, command);
     QFETCH(QStringList, nodes);
     QFETCH(QStringList, newFiles);
-    QFETCH(QString, dialog);
-    QFETCH(QString, summary);
-    QFETCH(QStringList, expectedSummary);
-    QFETCH(QString, expectedWarning);
-    QFETCH(QString, expectedLinks);
-    QFETCH(bool, ambiguityLogged);
+    QFETCH(QStringList, answers);
+    QFETCH(QStringList, outcome);
 
     for (const QString& file : qAsConst(newFiles))
         m_host.writeFile(file, "o X\n");
     koService<koLogService>()->clear();
-    QList<kodReferenceNode> selection;
-    for (const QString& name : qAsConst(nodes))
-        selection.append(koTestHost::findReference(name));
+    const QList<kodReferenceNode> selection = koTestHost::findReferences(nodes);
     QCoreApplication::processEvents();
     const int undoSteps = koUndoStack::the()->count();
-    const QString linksBefore = links();
+    const QStringList linksBefore = links();
     QSignalSpy reloads(m_module->referenceModel(), &QAbstractItemModel::layoutChanged);
-
     koDialogDriver driver;
-    answerRepathDialog(driver, {dialog == "empty" ? QString() : m_host.path(QStringLiteral("new")),
-                                dialog == "missing only", dialog != "reject", dialog != "top only"});
-    QStringList shownSummary;
-    if (!summary.isEmpty()) {
-        driver.handleDialog([&](QDialog* box) {
-            auto* dialog = qobject_cast<koReferenceRePathSummaryI*>(box);
-            QVERIFY(dialog);
-            QCOMPARE(dialog->windowTitle(), QStringLiteral("Repath"));
-            shownSummary << dialog->m_message1->text() << dialog->m_message2->text();
-            const auto* list = qobject_cast<QStringListModel*>(dialog->m_listView->model());
-            for (const QString& path : list->stringList())
-                shownSummary << m_host.relative(path);
-            (summary == "ok" ? dialog->m_okButton : dialog->m_cancelButton)->click();
-        });
+    QStringList shown;
+    for (const QString& answer : qAsConst(answers)) {
+        if (answer == QLatin1String("ok"))
+            driver.answerMessageBox(QMessageBox::Ok);
+        else if (answer.startsWith(QLatin1String("summary ")))
+            driver.handleDialog([&shown, answer, this](QDialog* box) {
+                auto* dialog = qobject_cast<koReferenceRePathSummaryI*>(box);
+                QVERIFY(dialog);
+                QStringList lines{dialog->m_message1->text(), dialog->m_message2->text()};
+                for (const QString& path : qobject_cast<QStringListModel*>(dialog->m_listView->model())->stringList())
+                    lines << m_host.relative(path);
+                shown << dialog->windowTitle() + ": " + lines.join('|');
+                (answer == "summary ok" ? dialog->m_okButton : dialog->m_cancelButton)->click();
+            });
+        else
+            answerRepathDialog(driver, {answer == "empty" ? QString() : m_host.path(QStringLiteral("new")),
+                                        answer == "missing only", answer != "reject", answer != "top only"});
     }
-    if (!expectedWarning.isEmpty())
-        driver.answerMessageBox(QMessageBox::Ok);
 
-    m_module->repathReferences(selection, true, true);
+    auto* ui = koService<koInternalUiService>();
+    if (command == QLatin1String("references"))
+        emit ui->requestUiRepathReferences(selection);
+    else if (command == QLatin1String("smarts"))
+        emit ui->requestUiRepathSmarts(selection);
+    else if (command == QLatin1String("sources"))
+        emit ui->requestUiRepathSources(selection);
+    else
+        m_module->repathReferences(selection, true, true);
     QCoreApplication::processEvents();
 
-    QCOMPARE(driver.mismatches(), QStringList());
-    QCOMPARE(shownSummary, expectedSummary);
-    QCOMPARE(driver.summaries(), expectedWarning.isEmpty() ? QStringList() : QStringList{"Repath|" + expectedWarning + " (warning)"});
-    QCOMPARE(links(), expectedLinks);
+    shown = driver.mismatches() + shown + driver.summaries();
+    const QStringList linksAfter = links();
+    for (int i = 0; i < linksAfter.size(); ++i) {
+        if (linksAfter.at(i) != linksBefore.at(i))
+            shown << linksAfter.at(i);
+    }
+    const QString root = m_host.path(QString()) + QLatin1Char('/');
+    shown << koTestHost::logLines().filter(QStringLiteral("Warning References: ")).replaceInStrings(root, QString());
+    QCOMPARE(shown, outcome);
     // No undo group: the host makes each re-pointed link a step of its own.
-    QCOMPARE(koUndoStack::the()->count() - undoSteps, differingLinks(linksBefore, expectedLinks));
-    const bool applied = expectedLinks != QStringLiteral("A=old/a/a.kpr,old/a/a.obj B=-,old/b/b.obj");
-    QCOMPARE(reloads.count(), applied || dialog == "missing only" ? 1 : 0);
-    const QString ambiguity = QStringLiteral("A (source link): 2 files named a.obj were found; repathed to %1 by longest "
-                                             "tail of 1 folder(s). The others: %2")
-                                  .arg(QDir::toNativeSeparators(m_host.path("new/a/a.obj")),
-                                       QDir::toNativeSeparators(m_host.path("new/x/a.obj")));
-    QCOMPARE(koTestHost::logLines().filter(QStringLiteral("Warning References: ")),
-             ambiguityLogged ? QStringList{"Warning References: " + ambiguity} : QStringList());
-}
-
-void tst_koReferenceRepathFlow::requestsChooseTheLinks_data()
-{
-    QTest::addColumn<QString>("request");
-    QTest::addColumn<QString>("expectedLinks");
-
-    QTest::newRow("references") << "references" << "A=new/a.kpr,new/a.obj B=-,old/b/b.obj";
-    QTest::newRow("smarts") << "smarts" << "A=new/a.kpr,old/a/a.obj B=-,old/b/b.obj";
-    QTest::newRow("sources") << "sources" << "A=old/a/a.kpr,new/a.obj B=-,old/b/b.obj";
-}
-
-void tst_koReferenceRepathFlow::requestsChooseTheLinks()
-{
-    QFETCH(QString, request);
-    QFETCH(QString, expectedLinks);
-
-    m_host.writeFile(QStringLiteral("new/a.kpr"), "{}");
-    m_host.writeFile(QStringLiteral("new/a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\nf 1 2 3\n");
-    koDialogDriver driver;
-    answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});
-    auto* ui = koService<koInternalUiService>();
-    const QList<kodReferenceNode> nodes{koTestHost::findReference(QStringLiteral("A"))};
-    if (request == "references")
-        emit ui->requestUiRepathReferences(nodes);
-    else if (request == "smarts")
-        emit ui->requestUiRepathSmarts(nodes);
-    else
-        emit ui->requestUiRepathSources(nodes);
-    QCOMPARE(driver.mismatches(), QStringList());
-    QCOMPARE(links(), expectedLinks);
+    const int changed = shown.filter(QRegularExpression(QStringLiteral("^[AB] (smart|source)="))).size();
+    QCOMPARE(koUndoStack::the()->count() - undoSteps, changed);
+    QCOMPARE(reloads.count(), changed > 0 || answers.contains(QStringLiteral("missing only")) ? 1 : 0);
 }
 
 // The dialog is made anew for each repath: no folder or narrowed search may carry over.
@@ -290,7 +253,7 @@ void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()
         for (const QString& file : {QStringLiteral("a.kpr"), QStringLiteral("a.obj"), QStringLiteral("b.obj")})
             m_host.writeFile(QStringLiteral("new/%1/%2").arg(folder).arg(file), "o X\n");
     }
-    const QString linksBefore = links();
+    const QStringList linksBefore = links();
     QSignalSpy reloads(m_module->referenceModel(), &QAbstractItemModel::layoutChanged);
     koDialogDriver driver;
     answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});

@@ -23,7 +23,6 @@ private slots:
     void editedReferenceLoadedAgainAndUnloaded_data();
     void editedReferenceLoadedAgainAndUnloaded();
     void savingWritesAMissingFileAgain();
-    void loadPrefersTheSmartFile();
     void sourceImportOnASmartReferenceIsAChange();
     void clonesShareTheirReference();
 
@@ -113,9 +112,12 @@ void tst_koReferenceLoading::editedReferenceLoadedAgainAndUnloaded_data()
     QTest::addColumn<QString>("smart");
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("reloaded");
+    QTest::addColumn<QString>("fromSource");
 
-    QTest::newRow("smart file") << "part.kpr" << QString() << "Part(Body)";
-    QTest::newRow("source only") << QString() << "part.obj" << "Part(Mesh)";
+    QTest::newRow("smart file") << "part.kpr" << QString() << "Part(Body)" << "Part(Body)";
+    QTest::newRow("source only") << QString() << "part.obj" << "Part(Mesh)" << "Part(Mesh)";
+    // Loading prefers the smart file; the source is read when asked for.
+    QTest::newRow("smart file and source") << "part.kpr" << "part.obj" << "Part(Body)" << "Part(Mesh)";
 }
 
 void tst_koReferenceLoading::editedReferenceLoadedAgainAndUnloaded()
@@ -123,6 +125,7 @@ void tst_koReferenceLoading::editedReferenceLoadedAgainAndUnloaded()
     QFETCH(QString, smart);
     QFETCH(QString, source);
     QFETCH(QString, reloaded);
+    QFETCH(QString, fromSource);
 
     kodReferenceNode reference = m_host.loadSingleReference(koTestHost::reference("Part", smart, source));
     reference.getChild(0).setName(QStringLiteral("Edited"));
@@ -140,6 +143,8 @@ void tst_koReferenceLoading::editedReferenceLoadedAgainAndUnloaded()
     QVERIFY(!reference.isSelfOrSubReferenceChanged());
     reference.load();
     QCOMPARE(describeTree(reference), reloaded);
+    reference.loadSourceReference();
+    QCOMPARE(describeTree(reference), fromSource);
 }
 
 void tst_koReferenceLoading::savingWritesAMissingFileAgain()
@@ -154,16 +159,6 @@ void tst_koReferenceLoading::savingWritesAMissingFileAgain()
     QVERIFY(reference.saveSmartReference());
     QCOMPARE(reference.getSmartFileState(), koReferenceTypes::UpToDate);
     QVERIFY(QFile::exists(file));
-}
-
-void tst_koReferenceLoading::loadPrefersTheSmartFile()
-{
-    kodReferenceNode reference = m_host.loadSingleReference(
-        koTestHost::reference("Part", "part.kpr", "part.obj", {{"loaded", false}}));
-    reference.load();
-    QCOMPARE(describeTree(reference), QStringLiteral("Part(Body)"));
-    reference.loadSourceReference();
-    QCOMPARE(describeTree(reference), QStringLiteral("Part(Mesh)"));
 }
 
 void tst_koReferenceLoading::sourceImportOnASmartReferenceIsAChange()

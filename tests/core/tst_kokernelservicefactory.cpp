@@ -77,8 +77,7 @@ void tst_koKernelServiceFactory::lookUpReportsWhatIsMissing()
     factory->unregisterService<koProbeService>();
 
     QCOMPARE(printed, message);
-    QCOMPARE(result == &probe, found);
-    QCOMPARE(result == nullptr, !found);
+    QCOMPARE(result, found ? static_cast<koBaseService*>(&probe) : nullptr);
 }
 
 QTEST_MAIN(tst_koKernelServiceFactory)

@@ -27,9 +27,6 @@ private slots:
     void namesLongerThanFilesHoldAreRefused();
 
 private:
-    QJsonObject randomNode(QRandomGenerator& random, int depth) const;
-    static void editRandomly(QRandomGenerator& random, int edits);
-
     koTestHost m_host;
 };
 
@@ -64,14 +61,7 @@ QList<kodNode> allNodes()
     return nodes;
 }
 
-} // namespace
-
-void tst_koSceneRoundTrip::initTestCase()
-{
-    standardHandler = qInstallMessageHandler(quietLongWarnings);
-}
-
-QJsonObject tst_koSceneRoundTrip::randomNode(QRandomGenerator& random, int depth) const
+QJsonObject randomNode(QRandomGenerator& random, int depth)
 {
     const QString name = awkwardNames.at(random.bounded(awkwardNames.size()));
     QJsonObject node;
@@ -107,7 +97,7 @@ QJsonObject tst_koSceneRoundTrip::randomNode(QRandomGenerator& random, int depth
     return node;
 }
 
-void tst_koSceneRoundTrip::editRandomly(QRandomGenerator& random, int edits)
+void editRandomly(QRandomGenerator& random, int edits)
 {
     for (int i = 0; i < edits; ++i) {
         const QList<kodNode> nodes = allNodes();
@@ -127,6 +117,13 @@ void tst_koSceneRoundTrip::editRandomly(QRandomGenerator& random, int edits)
             target.addChild(node);
         }
     }
+}
+
+} // namespace
+
+void tst_koSceneRoundTrip::initTestCase()
+{
+    standardHandler = qInstallMessageHandler(quietLongWarnings);
 }
 
 void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave_data()

@@ -25,10 +25,6 @@ private slots:
     void repath();
     void jsonOutput_data();
     void jsonOutput();
-
-private:
-    static QString copyDemo(const QTemporaryDir& folder);
-    static QString makeMovedProject(const QTemporaryDir& folder, const QStringList& newFiles);
 };
 
 namespace {
@@ -94,9 +90,7 @@ QStringList reportLines(const Run& run, const QTemporaryDir& folder)
     return out.replace(folder.path() + QLatin1Char('/'), QString()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
-} // namespace
-
-QString tst_kovisHostCommandLine::copyDemo(const QTemporaryDir& folder)
+QString copyDemo(const QTemporaryDir& folder)
 {
     copyFolder(QFileInfo(QStringLiteral(KOVIS_DEMO_PROJECT)).path(), folder.path());
     return folder.filePath(QStringLiteral("bicycle.kpr"));
@@ -104,7 +98,7 @@ QString tst_kovisHostCommandLine::copyDemo(const QTemporaryDir& folder)
 
 // A project whose files moved from old/ to new/: A and B link there directly, C is a
 // sub-reference in the project's folder whose own reference D links there too.
-QString tst_kovisHostCommandLine::makeMovedProject(const QTemporaryDir& folder, const QStringList& newFiles)
+QString makeMovedProject(const QTemporaryDir& folder, const QStringList& newFiles)
 {
     copyFolder(QFINDTESTDATA("../data/moved"), folder.path());
     for (const QString& file : newFiles) {
@@ -113,6 +107,8 @@ QString tst_kovisHostCommandLine::makeMovedProject(const QTemporaryDir& folder, 
     }
     return folder.filePath(QStringLiteral("proj/scene.kpr"));
 }
+
+} // namespace
 
 void tst_kovisHostCommandLine::exitCodeAndOutput_data()
 {

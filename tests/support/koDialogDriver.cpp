@@ -99,7 +99,6 @@ void koDialogDriver::answer(QMessageBox* box, const Step* step)
     MessageBox record;
     record.title = box->windowTitle();
     record.text = box->text();
-    record.informativeText = box->informativeText();
     record.icon = box->icon();
     record.parentless = box->parentWidget() == nullptr;
     record.scrollable = qobject_cast<QKOScrollableMessageBox*>(box) && box->findChild<QScrollArea*>();
@@ -112,12 +111,10 @@ void koDialogDriver::answer(QMessageBox* box, const Step* step)
             checkBox->setChecked(true);
     }
     QAbstractButton* button = step ? box->button(step->button) : nullptr;
-    record.expected = button != nullptr;
     if (!button) {
         m_unexpected << describe(box);
         button = box->button(QMessageBox::Cancel) ? box->button(QMessageBox::Cancel) : box->escapeButton();
     }
-    record.answer = button ? box->standardButton(button) : QMessageBox::NoButton;
     m_messageBoxes.append(record);
     if (button)
         button->click();

@@ -24,15 +24,12 @@ public:
     {
         QString title;
         QString text;
-        QString informativeText;
         QMessageBox::Icon icon = QMessageBox::NoIcon;
         QMessageBox::StandardButtons buttons;
         QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
         QString checkBoxText;
         // As the box showed it, before any scripted tick.
         bool checkBoxChecked = false;
-        QMessageBox::StandardButton answer = QMessageBox::NoButton;
-        bool expected = true;
         bool parentless = false;
         // A scrollable box, its text in a scroll area.
         bool scrollable = false;

@@ -25,7 +25,6 @@ public:
     const QList<koFileDialog::Call>& calls() const { return m_calls; }
     // "kind: caption|start folder|filter" for each call, kind being open, open several, save or folder.
     QStringList summaries() const;
-    int pendingAnswers() const { return m_answers.size(); }
 
 private:
     QQueue<QStringList> m_answers;

@@ -32,7 +32,6 @@ private:
     bool run(const QString& command, bool expected);
     QStringList smartPaths() const;
     QMap<QString, QByteArray> files() const;
-    QString relative(QString text) const;
 
     koTestHost m_host;
     std::unique_ptr<koReferenceEditorModule> m_module;
@@ -192,11 +191,6 @@ QMap<QString, QByteArray> tst_koReferenceSaveCommands::files() const
     return contents;
 }
 
-QString tst_koReferenceSaveCommands::relative(QString text) const
-{
-    return text.replace(m_host.path(QString()) + QLatin1Char('/'), QString());
-}
-
 void tst_koReferenceSaveCommands::save_data()
 {
     QTest::addColumn<QStringList>("steps");
@@ -327,14 +321,16 @@ void tst_koReferenceSaveCommands::save()
 
     const bool placed = run(command, !outcome.contains(QStringLiteral("refused")));
 
+    // Paths in texts are shown relative to the test folder.
+    const QString root = m_host.path(QString()) + QLatin1Char('/');
     QStringList shown = driver.mismatches();
     for (const koDialogDriver::MessageBox& box : driver.messageBoxes()) {
-        shown << relative(box.summary()) + (box.scrollable ? ", scrollable" : "")
+        shown << box.summary().replace(root, QString()) + (box.scrollable ? ", scrollable" : "")
                      + (box.parentless ? ", parentless" : "");
     }
     for (const koFileDialog::Call& call : dialogs.calls())
         QCOMPARE(call.parent.data(), m_module.get());
-    shown << relative(dialogs.summaries().join('\n')).split('\n', Qt::SkipEmptyParts);
+    shown << dialogs.summaries().replaceInStrings(root, QString());
     const QStringList pathsAfter = smartPaths();
     for (int i = 0; i < pathsAfter.size(); ++i) {
         if (pathsAfter.at(i) != paths.value(i))

@@ -57,7 +57,8 @@ void tst_koPreferences::valuesOutliveTheSessionTheirChangesDoNot()
 
     QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("prefs.ini"));
-    const QString key = QStringLiteral("key");
+    // Keys of the host hold spaces, which the settings file escapes.
+    const QString key = QStringLiteral("Reference Smart Reference Store Location");
     {
         koPreferencesService preferences(file);
         if (stored.isValid())

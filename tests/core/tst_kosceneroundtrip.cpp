@@ -19,7 +19,6 @@ class tst_koSceneRoundTrip : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void randomScenesSurviveSaveOpenSave_data();
     void randomScenesSurviveSaveOpenSave();
     void projectMovedWithSiblingFoldersKeepsItsLinks();
@@ -39,14 +38,6 @@ const QStringList awkwardNames{QStringLiteral("plain"),
                                QStringLiteral("R\u00e4der \u8eca\u8f2a \U0001F6B2"),
                                QStringLiteral("back\\slash"),
                                QString(koProjectFile::maxTextLength, QLatin1Char('L'))};
-
-QtMessageHandler standardHandler = nullptr;
-
-// Warnings name the node; the longest name would flood the output.
-void quietLongWarnings(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    standardHandler(type, context, message.size() > 1000 ? message.left(200) + QStringLiteral("...") : message);
-}
 
 QString lastLogMessage()
 {
@@ -120,11 +111,6 @@ void editRandomly(QRandomGenerator& random, int edits)
 }
 
 } // namespace
-
-void tst_koSceneRoundTrip::initTestCase()
-{
-    standardHandler = qInstallMessageHandler(quietLongWarnings);
-}
 
 void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave_data()
 {

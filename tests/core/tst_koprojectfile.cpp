@@ -69,11 +69,6 @@ QByteArray referenceTo(const QByteArray& name, const QByteArray& smart)
                    + " ref', 'smart': '" + smart + "'}]}");
 }
 
-QStringList filesIn(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::Files, QDir::Name);
-}
-
 // Every field of a node tree, transform bits and date offsets included, so that two
 // trees compare equal only when they are the same.
 QString describe(const koSceneNodeDesc& node)
@@ -255,7 +250,7 @@ void tst_koProjectFile::saveReplacesTheWholeFileOrNothing()
     QCOMPARE(koTestHost::sceneSnapshot() == scene, !saved);
     QCOMPARE(koService<koFileIOService>()->getProjectPath(), main);
     QCOMPARE(koTestHost::readFile(main) == onDisk, !saved);
-    QCOMPARE(filesIn(folder), QStringList{QStringLiteral("main.kpr")});
+    QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList{QStringLiteral("main.kpr")});
 
     QVERIFY(koService<koFileIOService>()->loadProject(main));
     QCOMPARE(koService<koReferenceService>()->getSceneReferences().first().getChild(0).getName(), saved ? longest : "A");

@@ -261,7 +261,6 @@ void tst_kovisHostCommandLine::jsonOutput_data()
                             "Root/B source true longest-tail 2 new/b/b.obj new/parts/b/b.obj",
                             "Root/C/D source true single-file 0 - new/d/d.obj", "Root/B smart false not-found 0 - new/b.kpr",
                             "Root/C smart false not-found 0 - new/c.kpr"};
-    QTest::newRow("list") << QStringList{"--list-references", "PROJECT"} << 0 << before << QStringList();
     QTest::newRow("check") << QStringList{"--check", "PROJECT"} << 1 << before << QStringList();
     QTest::newRow("repath") << QStringList{"--repath", "NEW", "PROJECT"} << 1 << before << links;
     QTest::newRow("repath and write")

@@ -327,16 +327,9 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
     auto* selection = m_module->nodeSelectionModel();
     m_module->m_treeView->collapseAll();
     selection->selectNodes({reference(QStringLiteral("Bicycle")), reference(QStringLiteral("Frame"))});
-    const auto selected = [selection] {
-        QStringList names;
-        for (const kodNode& node : selection->getAllSelectedNodes())
-            names << node.getName();
-        return names;
-    };
-
     m_module->m_searchBox->setText(QStringLiteral("FRAME"));
     // The root stays to show the way to the match, but it does not match itself.
-    QCOMPARE(selected(), QStringList{"Frame"});
+    QCOMPARE(selection->getAllSelectedNodes(), QList<kodNode>{reference(QStringLiteral("Frame"))});
     QVERIFY(m_module->m_treeView->isExpanded(m_module->filterModel()->index(0, 0)));
 
     for (QTreeView* view : {m_module->m_treeView, m_module->m_smartColumns, m_module->m_sourceColumns})

@@ -149,6 +149,10 @@ QStringList boxes(const koDialogDriver& driver)
         const QString title = box.section(QLatin1Char('|'), 0, 0);
         shown << (box == title + '|' + confirmationTexts.value(title) + " (question)" ? "ask " + title : box);
     }
+    for (const koDialogDriver::MessageBox& box : driver.messageBoxes()) {
+        if (!box.checkBoxText.isEmpty())
+            shown << QStringLiteral("check box %1%2").arg(box.checkBoxText, box.checkBoxChecked ? ", ticked" : "");
+    }
     return shown;
 }
 
@@ -164,8 +168,6 @@ private slots:
     void commands_data();
     void commands();
     void removeAllReloadsOnceAfterTheLastRemoval();
-    void convertWarningKeepsTheChoiceEvenOnCancel_data();
-    void convertWarningKeepsTheChoiceEvenOnCancel();
     void sceneInformationSumsTheLinks_data();
     void sceneInformationSumsTheLinks();
 
@@ -243,7 +245,8 @@ void tst_koReferenceCommands::run(const QString& command, const QList<kodReferen
 void tst_koReferenceCommands::commands_data()
 {
     QTest::addColumn<QString>("command");
-    // "edit Name" edits the content of the reference, "unload Name" unloads it.
+    // "edit Name" edits the content of the reference, "unload Name" unloads it; "warn" turns
+    // the convert warning on, "tick" ticks the check box of the box answered.
     QTest::addColumn<QStringList>("before");
     QTest::addColumn<QStringList>("selection");
     QTest::addColumn<int>("answer");
@@ -282,6 +285,22 @@ void tst_koReferenceCommands::commands_data()
         << "Convert to Smart Reference" << nothing << QStringList{"Bell", "Seat Post"} << none
         << QStringList{"convert Bell", "convert Seat Post", "Bell loaded smart source", "Seat Post loaded smart source",
                        "undo Convert to smart references"};
+    // The choice in the convert warning is kept even when the user cancels.
+    const QString convertWarning = QStringLiteral(
+        "Convert to Smart References|Converting to smart references adds a reference to the Smart column of the "
+        "Reference Editor. Smart references maintain a link to their source reference. Smart references aren't "
+        "immediately created on disk. They are created once you save.\n\nSmart references are an advanced feature. "
+        "Use them to divide a project into multiple KPR files for individual team members to work on. Select OK to "
+        "proceed.\n (question)");
+    const QStringList notified{"check box Do not show again", "changed preferences References",
+                               "applied preferences References"};
+    QTest::newRow("convert warning ticked, Cancel")
+        << "Convert to Smart Reference" << QStringList{"warn", "tick"} << QStringList{"Bell"} << cancel
+        << QStringList{convertWarning} + notified + QStringList{"convert warning switched"};
+    QTest::newRow("convert warning not ticked, OK")
+        << "Convert to Smart Reference" << QStringList{"warn"} << QStringList{"Bell"} << ok
+        << QStringList{convertWarning} + notified
+               + QStringList{"convert Bell", "Bell loaded smart source", "undo Convert to smart references"};
     QTest::newRow("reimport sources without a smart link")
         << "(Re)Import Source/Selected" << nothing << QStringList{"Bell", "Seat Post"} << none
         << QStringList{"import Bell,Seat Post", "undo 2 steps"};
@@ -369,10 +388,14 @@ void tst_koReferenceCommands::commands()
     QFETCH(int, answer);
     QFETCH(QStringList, outcome);
 
+    const bool warn = before.contains(QStringLiteral("warn"));
+    auto* preferences = koService<koPreferencesService>();
+    preferences->setBoolValue(convertWarningKey, warn, false);
+    m_references->setShowConvertToSmartWarning(warn);
     for (const QString& step : before) {
         if (step.startsWith(QLatin1String("edit ")))
             modify(step.mid(5));
-        else
+        else if (step.startsWith(QLatin1String("unload ")))
             reference(step.mid(7)).unload();
     }
     select(selection);
@@ -391,7 +414,13 @@ void tst_koReferenceCommands::commands()
     const int steps = koUndoStack::the()->count();
     koDialogDriver driver;
     if (answer != QMessageBox::NoButton)
-        driver.answerMessageBox(QMessageBox::StandardButton(answer));
+        driver.answerMessageBox(QMessageBox::StandardButton(answer), before.contains(QStringLiteral("tick")));
+    QStringList notified;
+    const QObject listening;
+    connect(preferences, &koPreferencesService::categoryChanged, &listening,
+            [&](const QString& category) { notified << "changed preferences " + category; });
+    connect(preferences, &koPreferencesService::categoryApplied, &listening,
+            [&](const QString& category) { notified << "applied preferences " + category; });
     UrlCatcher opened;
     QDesktopServices::setUrlHandler(QStringLiteral("file"), &opened, "open");
     RecordingTree tree;
@@ -400,7 +429,9 @@ void tst_koReferenceCommands::commands()
     run(command, koTestHost::findReferences(selection));
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 
-    QStringList shown = driver.mismatches() + boxes(driver) + m_references->calls + tree.calls;
+    QStringList shown = driver.mismatches() + boxes(driver) + notified + m_references->calls + tree.calls;
+    if (preferences->getBoolValue(convertWarningKey, !warn) != warn)
+        shown << QStringLiteral("convert warning switched");
     const QDir demo(QFileInfo(QStringLiteral(KOVIS_DEMO_PROJECT)).canonicalPath());
     for (const QUrl& url : qAsConst(opened.urls))
         shown << "open " + demo.relativeFilePath(url.toLocalFile());
@@ -449,59 +480,6 @@ void tst_koReferenceCommands::removeAllReloadsOnceAfterTheLastRemoval()
     driver.answerMessageBox(QMessageBox::Ok);
     QVERIFY_EXCEPTION_THROWN(m_module->commands()->removeAllReferences(), std::runtime_error);
     QVERIFY(!m_module->isProjectLoading());
-}
-
-void tst_koReferenceCommands::convertWarningKeepsTheChoiceEvenOnCancel_data()
-{
-    QTest::addColumn<bool>("warn");
-    QTest::addColumn<bool>("tick");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<QStringList>("notified");
-    QTest::addColumn<bool>("converted");
-
-    const QStringList notified{"changed References", "applied References"};
-    QTest::newRow("ticked, Cancel") << true << true << int(QMessageBox::Cancel) << notified << false;
-    QTest::newRow("not ticked, OK") << true << false << int(QMessageBox::Ok) << notified << true;
-    QTest::newRow("warning off") << false << false << 0 << QStringList() << true;
-}
-
-void tst_koReferenceCommands::convertWarningKeepsTheChoiceEvenOnCancel()
-{
-    QFETCH(bool, warn);
-    QFETCH(bool, tick);
-    QFETCH(int, answer);
-    QFETCH(QStringList, notified);
-    QFETCH(bool, converted);
-
-    auto* preferences = koService<koPreferencesService>();
-    preferences->setBoolValue(convertWarningKey, warn, false);
-    m_references->setShowConvertToSmartWarning(warn);
-    QStringList notifications;
-    const QObject listening;
-    connect(preferences, &koPreferencesService::categoryChanged, &listening,
-            [&](const QString& category) { notifications << "changed " + category; });
-    connect(preferences, &koPreferencesService::categoryApplied, &listening,
-            [&](const QString& category) { notifications << "applied " + category; });
-    koDialogDriver driver;
-    if (warn)
-        driver.answerMessageBox(QMessageBox::StandardButton(answer), tick);
-
-    m_module->commands()->convertToSmartReferences({reference(QStringLiteral("Bell"))});
-
-    QCOMPARE(driver.messageBoxes().size(), warn ? 1 : 0);
-    if (warn) {
-        const koDialogDriver::MessageBox& box = driver.messageBoxes().first();
-        QCOMPARE(box.title, QStringLiteral("Convert to Smart References"));
-        QVERIFY(box.text.startsWith("Converting to smart references adds a reference to the Smart column"));
-        QVERIFY(box.text.endsWith("team members to work on. Select OK to proceed.\n"));
-        QVERIFY(box.text.contains("once you save.\n\nSmart references are an advanced feature."));
-        QCOMPARE(box.checkBoxText, QStringLiteral("Do not show again"));
-        QVERIFY(!box.checkBoxChecked);
-        QCOMPARE(box.defaultButton, QMessageBox::Cancel);
-    }
-    QCOMPARE(notifications, notified);
-    QCOMPARE(preferences->getBoolValue(convertWarningKey, !warn), warn && !tick);
-    QCOMPARE(reference(QStringLiteral("Bell")).hasSmartReference(), converted);
 }
 
 void tst_koReferenceCommands::sceneInformationSumsTheLinks_data()

@@ -111,30 +111,16 @@ const QMap<QString, QString> confirmationTexts{
      "version from the source. This will only overwrite the smart reference once you save. Select OK to proceed."},
     {"Convert to Smart References", "You are attempting to convert outdated source references. Select OK to proceed"}};
 
-kodReferenceNode reference(const QString& name)
-{
-    return koTestHost::findReference(name);
-}
-
 // Edits the content of the reference, so that it counts as modified.
 void modify(const QString& name)
 {
-    reference(name).getChildren().first().setName(QStringLiteral("edited"));
-}
-
-bool isReference(const kodNode& node)
-{
-    for (const kodReferenceNode& each : koService<koReferenceService>()->getSceneReferences()) {
-        if (each.getObjectId() == node.getObjectId())
-            return true;
-    }
-    return false;
+    koTestHost::findReference(name).getChildren().first().setName(QStringLiteral("edited"));
 }
 
 QString describe(const QString& name)
 {
     const kodReferenceNode reference = koTestHost::findReference(name);
-    if (!isReference(reference))
+    if (!koService<koReferenceService>()->getSceneReferences().contains(reference))
         return name + QStringLiteral(" removed");
     return QStringLiteral("%1 %2 %3 %4")
         .arg(name, reference.isLoaded() ? "loaded" : "unloaded", reference.hasSmartReference() ? "smart" : "-",
@@ -209,10 +195,8 @@ QAction* tst_koReferenceCommands::action(const QString& path) const
 
 void tst_koReferenceCommands::select(const QStringList& names)
 {
-    QList<kodNode> nodes;
-    for (const QString& name : names)
-        nodes << reference(name);
-    m_module->nodeSelectionModel()->selectNodes(nodes);
+    const QList<kodReferenceNode> references = koTestHost::findReferences(names);
+    m_module->nodeSelectionModel()->selectNodes({references.begin(), references.end()});
     QCOMPARE(m_module->nodeSelectionModel()->getAllSelectedNodes().size(), names.size());
 }
 
@@ -396,7 +380,7 @@ void tst_koReferenceCommands::commands()
         if (step.startsWith(QLatin1String("edit ")))
             modify(step.mid(5));
         else if (step.startsWith(QLatin1String("unload ")))
-            reference(step.mid(7)).unload();
+            koTestHost::findReference(step.mid(7)).unload();
     }
     select(selection);
     // "remove *" stands for a removal of every reference, in scene order.
@@ -502,7 +486,7 @@ void tst_koReferenceCommands::sceneInformationSumsTheLinks()
 
     if (scene == QLatin1String("edited")) {
         modify(QStringLiteral("Frame"));
-        reference(QStringLiteral("Bell")).createSmartReference();
+        koTestHost::findReference(QStringLiteral("Bell")).createSmartReference();
     }
     if (scene == QLatin1String("missing")) {
         const QString project = m_host.writeProject(

@@ -281,8 +281,6 @@ void tst_koReferenceSaveCommands::save_data()
     QTest::newRow("update, one of two source folders not writable")
         << QStringList{"convert:Wheel", "convert:Blocked"} << "update: project" << QStringList{"next", "ok"}
         << QStringList{noWrite, "refused"};
-    QTest::newRow("update, source folder not writable") << QStringList{"convert:Blocked"} << "update: Blocked"
-                                                        << QStringList{"next", "ok"} << QStringList{noWrite, "refused"};
     QTest::newRow("update, overwrite cancelled")
         << QStringList{"convert:Wheel", "file:parts/wheel.kpr"} << "update: Wheel" << QStringList{"next", "cancel"}
         << QStringList{overwrite.arg("parts/wheel.kpr"), "refused"};

@@ -37,33 +37,13 @@ private slots:
 
 private:
     QStringList links() const;
+    void answerRepathDialog(koDialogDriver& driver, const QString& answer) const;
 
     koTestHost m_host;
     std::unique_ptr<koReferenceEditorModule> m_module;
 };
 
 namespace {
-
-// What the user does in the repath dialog.
-struct DialogAnswer
-{
-    QString folder;
-    bool missingOnly = false;
-    bool accept = true;
-    bool subfolders = true;
-};
-
-void answerRepathDialog(koDialogDriver& driver, const DialogAnswer& answer)
-{
-    driver.handleDialog([answer](QDialog* dialog) {
-        auto* repath = qobject_cast<koReferenceRePathDialogI*>(dialog);
-        QVERIFY(repath);
-        repath->m_newPath->setText(answer.folder);
-        repath->m_affectedFiles->setCurrentIndex(answer.missingOnly ? 1 : 0);
-        repath->m_searchSubdirs->setChecked(answer.subfolders);
-        (answer.accept ? repath->m_okButton : repath->m_cancelButton)->click();
-    });
-}
 
 // A search that reads no further than its first folder until the user cancels: a slow
 // share, as the user sees it.
@@ -93,6 +73,21 @@ void tst_koReferenceRepathFlow::cleanup()
     QDir(m_host.path(QStringLiteral("new"))).removeRecursively();
 }
 
+// "accept" searching the folder new/ with its sub-folders, "top only" without them,
+// "missing only" for the missing files alone, "empty" with no folder, or "reject".
+void tst_koReferenceRepathFlow::answerRepathDialog(koDialogDriver& driver, const QString& answer) const
+{
+    const QString folder = answer == QLatin1String("empty") ? QString() : m_host.path(QStringLiteral("new"));
+    driver.handleDialog([answer, folder](QDialog* dialog) {
+        auto* repath = qobject_cast<koReferenceRePathDialogI*>(dialog);
+        QVERIFY(repath);
+        repath->m_newPath->setText(folder);
+        repath->m_affectedFiles->setCurrentIndex(answer == QLatin1String("missing only") ? 1 : 0);
+        repath->m_searchSubdirs->setChecked(answer != QLatin1String("top only"));
+        (answer == QLatin1String("reject") ? repath->m_cancelButton : repath->m_okButton)->click();
+    });
+}
+
 // "A smart=path" and "A source=path" for A and B, paths relative to the test folder.
 QStringList tst_koReferenceRepathFlow::links() const
 {
@@ -110,8 +105,8 @@ void tst_koReferenceRepathFlow::repath_data()
     QTest::addColumn<QString>("command");
     QTest::addColumn<QStringList>("nodes");
     QTest::addColumn<QStringList>("newFiles");
-    // For the repath dialog "accept", "top only" (no sub-folders), "missing only", "empty"
-    // (no folder) or "reject"; then "summary ok" or "summary cancel", or "ok" for a message box.
+    // The repath dialog's answer as answerRepathDialog() takes it; then "summary ok" or
+    // "summary cancel", or "ok" for a message box.
     QTest::addColumn<QStringList>("answers");
     // The summary, the message boxes, the links that changed and the warnings logged.
     QTest::addColumn<QStringList>("outcome");
@@ -193,8 +188,7 @@ void tst_koReferenceRepathFlow::repath()
                 (answer == "summary ok" ? dialog->m_okButton : dialog->m_cancelButton)->click();
             });
         else
-            answerRepathDialog(driver, {answer == "empty" ? QString() : m_host.path(QStringLiteral("new")),
-                                        answer == "missing only", answer != "reject", answer != "top only"});
+            answerRepathDialog(driver, answer);
     }
 
     auto* ui = koService<koInternalUiService>();
@@ -256,7 +250,7 @@ void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()
     const QStringList linksBefore = links();
     QSignalSpy reloads(m_module->referenceModel(), &QAbstractItemModel::layoutChanged);
     koDialogDriver driver;
-    answerRepathDialog(driver, {m_host.path(QStringLiteral("new")), false, true});
+    answerRepathDialog(driver, QStringLiteral("accept"));
     QString label;
     driver.handleDialog([&label](QDialog* dialog) {
         auto* progress = qobject_cast<QProgressDialog*>(dialog);
@@ -266,8 +260,7 @@ void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()
     });
 
     koStalledProgress progress;
-    const QList<kodReferenceNode> nodes{koTestHost::findReference(QStringLiteral("A")),
-                                        koTestHost::findReference(QStringLiteral("B"))};
+    const QList<kodReferenceNode> nodes = koTestHost::findReferences({QStringLiteral("A"), QStringLiteral("B")});
     QVERIFY(!koReferenceRepathFlow::run(m_module.get(), nodes, true, true, progress));
     QCoreApplication::processEvents();
 

@@ -100,12 +100,19 @@ QString copyDemo(const QTemporaryDir& folder)
 // sub-reference in the project's folder whose own reference D links there too.
 QString makeMovedProject(const QTemporaryDir& folder, const QStringList& newFiles)
 {
-    copyFolder(QFINDTESTDATA("../data/moved"), folder.path());
+    const QString old = folder.filePath(QStringLiteral("old/"));
+    const QJsonArray references{koTestHost::reference("A", QString(), old + "a/a.obj"),
+                                koTestHost::reference("B", old + "parts/b/b.kpr", old + "parts/b/b.obj"),
+                                koTestHost::reference("C", "c.kpr", QString())};
+    QDir().mkpath(folder.filePath(QStringLiteral("proj")));
+    writeFile(folder.filePath(QStringLiteral("proj/c.kpr")), koTestHost::projectDocument("C", {koTestHost::reference("D", QString(), old + "d/d.obj")}));
     for (const QString& file : newFiles) {
         QDir().mkpath(QFileInfo(folder.filePath(file)).path());
         writeFile(folder.filePath(file), file.endsWith(".kpr") ? koTestHost::projectDocument("B", {}) : QByteArray("v 0 0 0\nv 1 0 0\nv 0 1 0\no X\nf 1 2 3\n"));
     }
-    return folder.filePath(QStringLiteral("proj/scene.kpr"));
+    const QString project = folder.filePath(QStringLiteral("proj/scene.kpr"));
+    writeFile(project, koTestHost::projectDocument("Root", references));
+    return project;
 }
 
 } // namespace
@@ -226,14 +233,15 @@ void tst_kovisHostCommandLine::repath()
 
     QTemporaryDir folder;
     const QString project = makeMovedProject(folder, newFiles);
-    const auto projectFiles = [&] { return koTestHost::readFile(project) + koTestHost::readFile(folder.filePath("proj/c.kpr")); };
-    const QByteArray before = projectFiles();
+    const QByteArray projectBefore = koTestHost::readFile(project);
+    const QByteArray subBefore = koTestHost::readFile(folder.filePath(QStringLiteral("proj/c.kpr")));
     const QStringList arguments = QStringList{"--repath", folder.filePath("new")} + options + QStringList{project};
 
     const Run dryRun = runHost(arguments);
     QCOMPARE(dryRun.exitCode, exitCode);
     QCOMPARE(reportLines(dryRun, folder), plan);
-    QCOMPARE(projectFiles(), before);
+    QCOMPARE(koTestHost::readFile(project), projectBefore);
+    QCOMPARE(koTestHost::readFile(folder.filePath(QStringLiteral("proj/c.kpr"))), subBefore);
 
     const Run written = runHost(QStringList{"--write"} + arguments);
     QCOMPARE(written.exitCode, exitCode);

@@ -94,10 +94,13 @@ void tst_koFileStates::states()
 
 void tst_koFileStates::monitoringAnnouncesEachChangeOnce()
 {
-    const QString project = m_host.copyScene(QStringLiteral("monitoring"));
-    const QString sourceFile = m_host.path(QStringLiteral("a.obj"));
-    const QString moved = m_host.path(QStringLiteral("moved/a.obj"));
+    const QString sourceFile = m_host.writeFile(QStringLiteral("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("b.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const QString moved = m_host.writeFile(QStringLiteral("moved/a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     koTestHost::setModified(sourceFile, past);
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::reference("A", QString(), "a.obj"), koTestHost::reference("B", QString(), "b.obj")});
     QVERIFY(koService<koFileIOService>()->loadProject(project));
     QSignalSpy changed(koService<koReferenceService>(), &koReferenceService::referencesChanged);
 

@@ -77,8 +77,16 @@ void tst_koReferenceLoading::subReferenceLoadModes()
     QFETCH(int, mode);
     QFETCH(QString, expected);
 
-    // main holds Assembly and Imported (part.obj); Assembly holds Leaf (not loaded) and Mid, which holds Deep.
-    const QString main = m_host.copyScene(QStringLiteral("loadmodes"));
+    m_host.writeProject(QStringLiteral("deep.kpr"), {koTestHost::geometry("Bolt")});
+    m_host.writeProject(QStringLiteral("mid.kpr"), {koTestHost::reference("Deep", "deep.kpr", QString())});
+    m_host.writeProject(QStringLiteral("leaf.kpr"), {koTestHost::geometry("Nut")});
+    m_host.writeProject(QStringLiteral("assembly.kpr"),
+                        {koTestHost::reference("Leaf", "leaf.kpr", QString(), {{"loaded", false}}),
+                         koTestHost::reference("Mid", "mid.kpr", QString())});
+    const QString main = m_host.writeProject(QStringLiteral("main.kpr"),
+                                             {koTestHost::reference("Assembly", "assembly.kpr", QString()),
+                                              koTestHost::reference("Imported", QString(), "part.obj")});
+
     koService<koReferenceService>()->setLoadSubReferencesMode(mode);
     const bool loaded = koService<koFileIOService>()->loadProject(main);
     koService<koReferenceService>()->setLoadSubReferencesMode(0);

@@ -148,9 +148,11 @@ void tst_koSceneRoundTrip::randomScenesSurviveSaveOpenSave()
 
 void tst_koSceneRoundTrip::projectMovedWithSiblingFoldersKeepsItsLinks()
 {
-    // root.kpr holds A (parts/a.kpr, a group Holder); shared/inner.obj lies beside parts/.
-    m_host.copyScene(QStringLiteral("siblings"));
-    QVERIFY(koService<koFileIOService>()->loadProject(m_host.path(QStringLiteral("project/root.kpr"))));
+    m_host.writeFile(QStringLiteral("project/shared/inner.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Inner\nf 1 2 3\n");
+    m_host.writeProject(QStringLiteral("project/parts/a.kpr"), {koTestHost::group("Holder")});
+    const QString root = m_host.writeProject(QStringLiteral("project/root.kpr"),
+                                             {koTestHost::reference("A", "parts/a.kpr", QString())});
+    QVERIFY(koService<koFileIOService>()->loadProject(root));
     // The reference inside a.kpr is made here, so the host writes its link itself.
     kodReferenceNode inner = koService<koReferenceService>()->createReference(koTestHost::findNode("Holder"));
     inner.setSourcePath(m_host.path(QStringLiteral("project/shared/inner.obj")));

@@ -40,7 +40,15 @@ const auto referenceNamed = &koTestHost::findReference;
 
 void tst_koUndo::init()
 {
-    QVERIFY(koService<koFileIOService>()->loadProject(m_host.copyScene(QStringLiteral("undo"))));
+    m_host.writeFile(QStringLiteral("wheel.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Wheel\ng Rim\nf 1 2 3\ng Tyre\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("other.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Other\nf 1 2 3\n");
+    m_host.writeProject(QStringLiteral("wheel.kpr"), {koTestHost::geometry("Rim"), koTestHost::geometry("Tyre")});
+    const QString main = m_host.writeProject(
+        QStringLiteral("main.kpr"),
+        {koTestHost::group("Frame", {koTestHost::geometry("Beam")}),
+         koTestHost::reference("Wheel", "wheel.kpr", "wheel.obj"),
+         koTestHost::reference("Imported", QString(), "wheel.obj")});
+    QVERIFY(koService<koFileIOService>()->loadProject(main));
 }
 
 void tst_koUndo::undoRedoRestoresTheScene_data()

@@ -43,8 +43,22 @@ const QString changedText =
 
 void tst_koReferenceCreateCommands::init()
 {
-    const QString project = m_host.copyScene(QStringLiteral("creating"));
+    m_host.writeFile(QStringLiteral("parts/a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no A\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("parts/b.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no B\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("parts/b.v2.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no B\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("parts/c.stl"), "solid c\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid c\n");
+    m_host.writeProject(QStringLiteral("smart/current.kpr"), {koTestHost::geometry("Current")});
+    m_host.writeProject(QStringLiteral("smart/other.kpr"), {koTestHost::geometry("Other")});
+    m_host.writeProject(QStringLiteral("smart/both.kpr"), {koTestHost::geometry("Both")});
+    m_host.writeProject(QStringLiteral("smart/wheel.v2.kpr"), {koTestHost::geometry("Wheel")});
+    m_host.writeProject(QStringLiteral("smart/UPPER.KPR"), {koTestHost::geometry("Upper")});
     QFile::copy(QStringLiteral(KOVIS_DEMO_OSB), m_host.path(QStringLiteral("smart/shape.osb")));
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::group("Holder"), koTestHost::reference("Smart", "smart/current.kpr", QString()),
+         koTestHost::reference("Source", QString(), "parts/a.obj"),
+         koTestHost::reference("Both", "smart/both.kpr", "parts/b.obj"),
+         koTestHost::reference("Fresh", QString(), "parts/c.stl")});
     QVERIFY(koService<koFileIOService>()->loadProject(project));
     koService<koReferenceService>()->convertToSmartReference(koTestHost::findNode(QStringLiteral("Fresh")));
     m_module = std::make_unique<koReferenceEditorModule>();

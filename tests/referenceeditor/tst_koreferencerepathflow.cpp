@@ -62,7 +62,12 @@ public:
 
 void tst_koReferenceRepathFlow::init()
 {
-    QVERIFY(koService<koFileIOService>()->loadProject(m_host.copyScene(QStringLiteral("repath"))));
+    m_host.writeFile(QStringLiteral("current/c.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no C\nf 1 2 3\n");
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::reference("A", "old/a/a.kpr", "old/a/a.obj"), koTestHost::reference("B", QString(), "old/b/b.obj"),
+         koTestHost::reference("C", QString(), "current/c.obj")});
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
 }

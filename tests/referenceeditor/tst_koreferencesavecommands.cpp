@@ -40,9 +40,27 @@ private:
 
 void tst_koReferenceSaveCommands::init()
 {
+    const QByteArray triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    m_host.writeFile(QStringLiteral("parts/wheel.obj"), "o Hub\n" + triangle + "g Axle\nf 1 2 3\no Rim\ng Ring\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("parts/wheel.stl"), "solid wheel\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid wheel\n");
+    m_host.writeFile(QStringLiteral("parts/spoke.obj"), triangle + "o Spoke\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("frame/headset.obj"), triangle + "o Headset\nf 1 2 3\n");
+    m_host.writeFile(QStringLiteral("blocked.txt"), "a file, so nothing can be created below it");
     QDir().mkpath(m_host.path(QStringLiteral("custom")));
     QDir().mkpath(m_host.path(QStringLiteral("copies")));
-    QVERIFY(koService<koFileIOService>()->loadProject(m_host.copyScene(QStringLiteral("saving"))));
+    m_host.writeProject(QStringLiteral("saved/saved.kpr"), {koTestHost::geometry("Body")});
+    m_host.writeProject(QStringLiteral("frame/fork.kpr"), {koTestHost::geometry("Blade")});
+    m_host.writeProject(QStringLiteral("frame/frame.kpr"), {koTestHost::reference("Fork", "fork.kpr", QString()),
+                                                            koTestHost::reference("Headset", QString(), "headset.obj")});
+    const QString project = m_host.writeProject(
+        QStringLiteral("project.kpr"),
+        {koTestHost::reference("Wheel", QString(), "parts/wheel.obj"),
+         koTestHost::reference("WheelStl", QString(), "parts/wheel.stl"),
+         koTestHost::group("Assembly", {koTestHost::reference("Spoke", QString(), "parts/spoke.obj")}),
+         koTestHost::reference("Saved", "saved/saved.kpr", QString()),
+         koTestHost::reference("Frame", "frame/frame.kpr", QString()),
+         koTestHost::reference("Blocked", QString(), "blocked.txt/parts/blocked.obj")});
+    QVERIFY(koService<koFileIOService>()->loadProject(project));
     m_module = std::make_unique<koReferenceEditorModule>();
     QCoreApplication::processEvents();
 }

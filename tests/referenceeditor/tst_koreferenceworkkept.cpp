@@ -57,7 +57,16 @@ QString nameOf(const QString& reference)
 
 void tst_koReferenceWorkKept::init()
 {
-    m_project = m_host.copyScene(QStringLiteral("workkept"));
+    m_host.writeFile(QStringLiteral("bell.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Bell\nf 1 2 3\n");
+    m_host.writeProject(QStringLiteral("frame.kpr"),
+                        {koTestHost::geometry("Tube"), koTestHost::group("Fork", {koTestHost::geometry("Blade")})});
+    m_host.writeProject(QStringLiteral("wheel.kpr"), {koTestHost::geometry("Rim")});
+    m_project = m_host.writeProject(
+        QStringLiteral("bike.kpr"),
+        {koTestHost::reference("Frame", "frame.kpr", QString()),
+         koTestHost::reference("Wheel", "wheel.kpr", QString(), {{"loaded", false}}),
+         koTestHost::group("Seat", {koTestHost::geometry("Saddle")}),
+         koTestHost::reference("Bell", QString(), "bell.obj")});
     QDir(m_host.path(QStringLiteral("new"))).removeRecursively();
     QVERIFY(koService<koFileIOService>()->loadProject(m_project));
     koService<koReferenceService>()->setShowConvertToSmartWarning(false);

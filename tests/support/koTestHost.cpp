@@ -13,7 +13,6 @@
 #include <QCoreApplication>
 #include <QMenu>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -60,18 +59,6 @@ QString koTestHost::writeFile(const QString& relative, const QByteArray& content
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write test file %s", qPrintable(target));
     return target;
-}
-
-QString koTestHost::copyScene(const QString& name) const
-{
-    // The scenes lie beside this file's folder, in the source tree.
-    const QDir scene(QFileInfo(QStringLiteral(__FILE__)).dir().filePath(QStringLiteral("../data/") + name));
-    QDirIterator files(scene.path(), QDir::Files, QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        const QString file = files.next();
-        writeFile(scene.relativeFilePath(file), readFile(file));
-    }
-    return path(QStringLiteral("project.kpr"));
 }
 
 QString koTestHost::relative(const QString& path) const

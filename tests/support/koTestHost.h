@@ -21,8 +21,6 @@ public:
 
     QString path(const QString& relative) const;
     QString writeFile(const QString& relative, const QByteArray& content) const;
-    // Copies the scene tests/data/<name> into the folder; returns the path of its project.kpr.
-    QString copyScene(const QString& name) const;
     // The path relative to the folder, "-" for none.
     QString relative(const QString& path) const;
     // A project file whose root group holds the nodes.

@@ -46,7 +46,6 @@ void tst_koReferenceSaveCommands::init()
     m_host.writeFile(QStringLiteral("blocked.txt"), "a file, so nothing can be created below it");
     QDir().mkpath(m_host.path(QStringLiteral("custom")));
     QDir().mkpath(m_host.path(QStringLiteral("copies")));
-    m_host.writeProject(QStringLiteral("saved/saved.kpr"), {koTestHost::geometry("Body")});
     m_host.writeProject(QStringLiteral("frame/fork.kpr"), {koTestHost::geometry("Blade")});
     m_host.writeProject(QStringLiteral("frame/frame.kpr"),
                         {koTestHost::reference("Fork", "fork.kpr", QString()),
@@ -55,7 +54,6 @@ void tst_koReferenceSaveCommands::init()
         QStringLiteral("project.kpr"),
         {koTestHost::reference("Wheel", QString(), "parts/wheel.obj"),
          koTestHost::reference("WheelStl", QString(), "parts/wheel.stl"),
-         koTestHost::reference("Saved", "saved/saved.kpr", QString()),
          koTestHost::reference("Frame", "frame/frame.kpr", QString()),
          koTestHost::reference("Blocked", QString(), "blocked.txt/parts/blocked.obj")});
     QVERIFY(koService<koFileIOService>()->loadProject(project));
@@ -226,7 +224,7 @@ void tst_koReferenceSaveCommands::save_data()
         << QStringList{saveAsFrame, "Frame=copies/frame.kpr", "wrote copies/frame.kpr"};
 
     QTest::newRow("changed and outdated, Cancel")
-        << QStringList{"edit:Saved", "outdated:saved/saved.kpr"} << "save: Saved" << QStringList{"cancel"}
+        << QStringList{"edit:Fork", "outdated:frame/fork.kpr"} << "save: Fork" << QStringList{"cancel"}
         << QStringList{"Save Smart References|You are about to save your modifications to an outdated smart "
                        "reference file. Any changes made to the file will be overwritten. This action is not "
                        "undoable. Select OK to proceed. (question)"};

@@ -18,6 +18,7 @@
 #include <QDesktopServices>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMenuBar>
 #include <QSignalSpy>
 #include <QToolBar>
 #include <QUndoStack>
@@ -76,6 +77,16 @@ public:
 
 const QString convertWarningKey = QStringLiteral("Reference Show Convert to Smart Warning Enabled");
 
+QString describe(const QString& name)
+{
+    const kodReferenceNode reference = koTestHost::findReference(name);
+    if (!koService<koReferenceService>()->getSceneReferences().contains(reference))
+        return name + QStringLiteral(" removed");
+    return QStringLiteral("%1 %2 %3 %4")
+        .arg(name, reference.isLoaded() ? "loaded" : "unloaded", reference.hasSmartReference() ? "smart" : "-",
+             reference.hasSourceReference() ? "source" : "-");
+}
+
 } // namespace
 
 class tst_koReferenceCommands : public QObject
@@ -116,15 +127,15 @@ void tst_koReferenceCommands::cleanup()
 
 void tst_koReferenceCommands::commands_data()
 {
-    // An entry of the context menu, or "request ..." for the host's request.
+    // A menu entry, or "request ..." for the host's request.
     QTest::addColumn<QString>("command");
-    // "edit Name" edits the content of the reference; "warn" turns the convert warning on,
-    // "tick" ticks the check box of the box answered.
+    // "edit Name" edits the content of the reference, "unload Name" unloads it; "warn" turns
+    // the convert warning on, "tick" ticks the check box of the box answered.
     QTest::addColumn<QStringList>("before");
     QTest::addColumn<QStringList>("selection");
     QTest::addColumn<int>("answer");
-    // The boxes shown, the calls to the host and its scene tree, the files opened and the
-    // undo steps that take the change back.
+    // The boxes shown, the calls to the host and its scene tree, the folders opened, the
+    // selected references that changed and the undo steps that take the change back.
     QTest::addColumn<QStringList>("outcome");
 
     const int none = QMessageBox::NoButton;
@@ -150,6 +161,30 @@ void tst_koReferenceCommands::commands_data()
     QTest::newRow("select nodes")
         << "Select Nodes" << QStringList() << QStringList{"Frame", "Bell", "Mudguard"} << none
         << QStringList{"clear selection", "select Frame,Bell,Mudguard in 12 bytes", "scroll to Mudguard"};
+    // Each entry reaches the host with the whole selection, in one undo step.
+    QTest::newRow("remove") << "Edit/Remove" << QStringList() << QStringList{"Frame", "Bell"} << none
+                            << QStringList{"Frame removed", "Bell removed", "undo 1 steps"};
+    QTest::newRow("delete smart") << "Delete Smart" << QStringList() << QStringList{"Frame"} << none
+                                  << QStringList{"Frame loaded - source", "undo 1 steps"};
+    QTest::newRow("delete all source") << "Edit/Delete All Source References" << QStringList()
+                                       << QStringList{"Frame"} << none
+                                       << QStringList{"Frame loaded smart -", "undo 1 steps"};
+    // Smart files are read one by one, sources imported at once.
+    QTest::newRow("host: load") << "request load" << QStringList{"unload Drivetrain", "unload Bell"}
+                                << QStringList{"Drivetrain", "Bell"} << none
+                                << QStringList{"import Bell", "Drivetrain loaded smart source", "Bell loaded - source",
+                                               "undo 2 steps"};
+    QTest::newRow("remove all, Cancel")
+        << "Edit/Remove All References" << QStringList() << QStringList() << cancel
+        << QStringList{"Remove all References|You are about to remove all references from your scene. This will "
+                       "convert all references to Kovis groups and combine all external files into the current KPR "
+                       "(inline). Select OK to proceed. (question)"};
+    QTest::newRow("convert all, one source out of date, Cancel")
+        << "Edit/Convert All to Smart References" << QStringList() << QStringList() << cancel
+        << QStringList{"Convert to Smart References|You are attempting to convert outdated source references. Select "
+                       "OK to proceed (question)"};
+    QTest::newRow("open the folder of the smart file") << "Open Smart in Explorer" << QStringList()
+                                                       << QStringList{"Frame"} << none << QStringList{"open frame"};
     QTest::newRow("open a missing file") << "Open Smart in Explorer" << QStringList() << QStringList{"Cassette"} << none
                                          << QStringList();
 }
@@ -166,10 +201,18 @@ void tst_koReferenceCommands::commands()
     auto* preferences = koService<koPreferencesService>();
     preferences->setBoolValue(convertWarningKey, warn, false);
     m_references->setShowConvertToSmartWarning(warn);
-    if (before.value(0).startsWith(QLatin1String("edit ")))
-        koTestHost::findReference(before.first().mid(5)).getChildren().first().setName(QStringLiteral("edited"));
+    for (const QString& step : before) {
+        kodReferenceNode reference = koTestHost::findReference(step.section(QLatin1Char(' '), 1));
+        if (step.startsWith(QLatin1String("edit ")))
+            reference.getChildren().first().setName(QStringLiteral("edited"));
+        else if (step.startsWith(QLatin1String("unload ")))
+            reference.unload();
+    }
     const QList<kodReferenceNode> references = koTestHost::findReferences(selection);
     m_module->nodeSelectionModel()->selectNodes({references.begin(), references.end()});
+    QStringList states;
+    for (const QString& name : selection)
+        states << describe(name);
     const QByteArray scene = koTestHost::sceneSnapshot();
     const int steps = koUndoStack::the()->count();
     koDialogDriver driver;
@@ -180,8 +223,13 @@ void tst_koReferenceCommands::commands()
     RecordingTree tree;
     const koInstalledService<koTreeService> recording(&tree);
 
+    auto* ui = koService<koInternalUiService>();
     if (command == QLatin1String("request reimport"))
-        emit koService<koInternalUiService>()->requestUiReimportSources(references, koReferenceTypes::UpToDate);
+        emit ui->requestUiReimportSources(references, koReferenceTypes::UpToDate);
+    else if (command == QLatin1String("request load"))
+        emit ui->requestUiLoadReferences(references);
+    else if (QAction* inMenuBar = koTestHost::findAction(m_module->menuBar()->actions(), command))
+        inMenuBar->trigger();
     else
         koTestHost::findAction(m_module->actions()->contextMenu()->actions(), command)->trigger();
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
@@ -189,8 +237,13 @@ void tst_koReferenceCommands::commands()
     QStringList shown = driver.mismatches() + driver.summaries() + m_references->calls + tree.calls;
     if (preferences->getBoolValue(convertWarningKey, !warn) != warn)
         shown << QStringLiteral("convert warning switched");
+    const QDir demo(QFileInfo(QStringLiteral(KOVIS_DEMO_PROJECT)).canonicalPath());
     for (const QUrl& url : qAsConst(opened.urls))
-        shown << "open " + url.toLocalFile();
+        shown << "open " + demo.relativeFilePath(url.toLocalFile());
+    for (int i = 0; i < selection.size(); ++i) {
+        if (describe(selection.at(i)) != states.at(i))
+            shown << describe(selection.at(i));
+    }
     const bool changed = koTestHost::sceneSnapshot() != scene;
     const int added = koUndoStack::the()->count() - steps;
     if (added > 0)

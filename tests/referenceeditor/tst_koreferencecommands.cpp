@@ -163,12 +163,12 @@ void tst_koReferenceCommands::commands_data()
         << QStringList{"clear selection", "select Frame,Bell,Mudguard in 12 bytes", "scroll to Mudguard"};
     // Each entry reaches the host with the whole selection, in one undo step.
     QTest::newRow("remove") << "Edit/Remove" << QStringList() << QStringList{"Frame", "Bell"} << none
-                            << QStringList{"Frame removed", "Bell removed", "undo 1 steps"};
+                            << QStringList{"Frame removed", "Bell removed", "undo Remove references"};
     QTest::newRow("delete smart") << "Delete Smart" << QStringList() << QStringList{"Frame"} << none
-                                  << QStringList{"Frame loaded - source", "undo 1 steps"};
+                                  << QStringList{"Frame loaded - source", "undo Delete smart references"};
     QTest::newRow("delete all source") << "Edit/Delete All Source References" << QStringList()
                                        << QStringList{"Frame"} << none
-                                       << QStringList{"Frame loaded smart -", "undo 1 steps"};
+                                       << QStringList{"Frame loaded smart -", "undo Delete all source references"};
     // Smart files are read one by one, sources imported at once.
     QTest::newRow("host: load") << "request load" << QStringList{"unload Drivetrain", "unload Bell"}
                                 << QStringList{"Drivetrain", "Bell"} << none
@@ -246,7 +246,9 @@ void tst_koReferenceCommands::commands()
     }
     const bool changed = koTestHost::sceneSnapshot() != scene;
     const int added = koUndoStack::the()->count() - steps;
-    if (added > 0)
+    if (added == 1)
+        shown << "undo " + koUndoStack::the()->undoText();
+    else if (added > 1)
         shown << QStringLiteral("undo %1 steps").arg(added);
     else if (changed)
         shown << QStringLiteral("changed without an undo step");

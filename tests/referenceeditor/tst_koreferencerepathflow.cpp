@@ -5,7 +5,6 @@
 #include "koReferenceRePathSummaryI.h"
 #include "koReferenceRepathFlow.h"
 #include "koReferenceTreeModel.h"
-#include "koScriptedFileDialog.h"
 #include "koTestHost.h"
 
 #include <kovis/koFileIOService.h>
@@ -32,7 +31,6 @@ private slots:
     void cleanup();
     void repath_data();
     void repath();
-    void dialogStartsFreshAndEnterAccepts();
     void cancelDuringTheSearchChangesNothing();
 
 private:
@@ -79,17 +77,17 @@ void tst_koReferenceRepathFlow::cleanup()
 }
 
 // "accept" searching the folder new/ with its sub-folders, "top only" without them,
-// "missing only" for the missing files alone, "empty" with no folder, or "reject".
+// "missing only" for the missing files alone.
 void tst_koReferenceRepathFlow::answerRepathDialog(koDialogDriver& driver, const QString& answer) const
 {
-    const QString folder = answer == QLatin1String("empty") ? QString() : m_host.path(QStringLiteral("new"));
+    const QString folder = m_host.path(QStringLiteral("new"));
     driver.handleDialog([answer, folder](QDialog* dialog) {
         auto* repath = qobject_cast<koReferenceRePathDialogI*>(dialog);
         QVERIFY(repath);
         repath->m_newPath->setText(folder);
         repath->m_affectedFiles->setCurrentIndex(answer == QLatin1String("missing only") ? 1 : 0);
         repath->m_searchSubdirs->setChecked(answer != QLatin1String("top only"));
-        (answer == QLatin1String("reject") ? repath->m_cancelButton : repath->m_okButton)->click();
+        repath->m_okButton->click();
     });
 }
 
@@ -106,7 +104,7 @@ QStringList tst_koReferenceRepathFlow::links() const
 
 void tst_koReferenceRepathFlow::repath_data()
 {
-    // "repath" as the editor's command does, or the host's request for "references", "smarts" or "sources".
+    // "repath" as the editor's command does, or the host's request to repath "smarts".
     QTest::addColumn<QString>("command");
     QTest::addColumn<QStringList>("nodes");
     QTest::addColumn<QStringList>("newFiles");
@@ -116,49 +114,25 @@ void tst_koReferenceRepathFlow::repath_data()
     // The summary, the message boxes, the links that changed and the warnings logged.
     QTest::addColumn<QStringList>("outcome");
 
-    const QString notFound = QStringLiteral("Repath|This reference name cannot be found in the selected directory. "
-                                            "Please check the directory and try again. (warning)");
-    const QStringList someFiles{"new/parts/a/a.kpr", "new/parts/a/a.obj"};
-    const QStringList allFiles = someFiles + QStringList{"new/b/b.obj"};
-    const QStringList aFound{"A smart=new/parts/a/a.kpr", "A source=new/parts/a/a.obj"};
-    const QStringList accept{"accept"};
-    const QStringList two{"A", "B"};
-
-    QTest::newRow("one node, both links found") << "repath" << QStringList{"A"} << someFiles << accept << aFound;
-    QTest::newRow("two nodes, all found") << "repath" << two << allFiles << accept
-                                          << aFound + QStringList{"B source=new/b/b.obj"};
-    QTest::newRow("one node, its file not found")
-        << "repath" << QStringList{"B"} << someFiles << QStringList{"accept", "ok"} << QStringList{notFound};
-    QTest::newRow("one node, one of its two links found") << "repath" << QStringList{"A"} << QStringList{"new/a.obj"}
-                                                          << QStringList{"accept", "ok"} << QStringList{notFound};
     QTest::newRow("sub-folders not searched")
-        << "repath" << QStringList{"A"} << someFiles << QStringList{"top only", "ok"} << QStringList{notFound};
-    QTest::newRow("empty folder") << "repath" << two << allFiles << QStringList{"empty"} << QStringList();
-    QTest::newRow("dialog cancelled") << "repath" << two << allFiles << QStringList{"reject"} << QStringList();
+        << "repath" << QStringList{"A"} << QStringList{"new/parts/a/a.kpr", "new/parts/a/a.obj"}
+        << QStringList{"top only", "ok"}
+        << QStringList{"Repath|This reference name cannot be found in the selected directory. "
+                       "Please check the directory and try again. (warning)"};
     QTest::newRow("missing files only, none missing")
         << "repath" << QStringList{"C"} << QStringList{"new/c.obj"} << QStringList{"missing only"} << QStringList();
     const QStringList ambiguous{"new/a/a.obj", "new/x/a.obj", "new/a/a.kpr"};
     const QString summary = QStringLiteral("Repath: 2 Filepaths successful|1 Filepaths unsuccessful|old/b/b.obj");
-    const QStringList ambiguousFound{"A smart=new/a/a.kpr", "A source=new/a/a.obj"};
-    const QString ambiguity = QStringLiteral("Warning References: A (source link): 2 files named a.obj were found; "
-                                             "repathed to new/a/a.obj by longest tail of 1 folder(s). The others: "
-                                             "new/x/a.obj");
-    QTest::newRow("ambiguous name, all found")
-        << "repath" << two << ambiguous + QStringList{"new/b/b.obj"} << accept
-        << ambiguousFound + QStringList{"B source=new/b/b.obj", ambiguity};
     QTest::newRow("ambiguous name, summary OK")
-        << "repath" << two << ambiguous << QStringList{"accept", "summary ok"}
-        << QStringList{summary} + ambiguousFound + QStringList{"B source=new/b.obj", ambiguity};
+        << "repath" << QStringList{"A", "B"} << ambiguous << QStringList{"accept", "summary ok"}
+        << QStringList{summary, "A smart=new/a/a.kpr", "A source=new/a/a.obj", "B source=new/b.obj",
+                       "Warning References: A (source link): 2 files named a.obj were found; repathed to "
+                       "new/a/a.obj by longest tail of 1 folder(s). The others: new/x/a.obj"};
     QTest::newRow("ambiguous name, summary cancelled")
-        << "repath" << two << ambiguous << QStringList{"accept", "summary cancel"} << QStringList{summary};
-
-    const QStringList aNear{"new/a.kpr", "new/a.obj"};
-    QTest::newRow("request for references") << "references" << QStringList{"A"} << aNear << accept
-                                            << QStringList{"A smart=new/a.kpr", "A source=new/a.obj"};
-    QTest::newRow("request for smarts") << "smarts" << QStringList{"A"} << aNear << accept
-                                        << QStringList{"A smart=new/a.kpr"};
-    QTest::newRow("request for sources") << "sources" << QStringList{"A"} << aNear << accept
-                                         << QStringList{"A source=new/a.obj"};
+        << "repath" << QStringList{"A", "B"} << ambiguous << QStringList{"accept", "summary cancel"}
+        << QStringList{summary};
+    QTest::newRow("request for smarts") << "smarts" << QStringList{"A"} << QStringList{"new/a.kpr", "new/a.obj"}
+                                        << QStringList{"accept"} << QStringList{"A smart=new/a.kpr"};
 }
 
 void tst_koReferenceRepathFlow::repath()
@@ -196,13 +170,8 @@ void tst_koReferenceRepathFlow::repath()
             answerRepathDialog(driver, answer);
     }
 
-    auto* ui = koService<koInternalUiService>();
-    if (command == QLatin1String("references"))
-        emit ui->requestUiRepathReferences(selection);
-    else if (command == QLatin1String("smarts"))
-        emit ui->requestUiRepathSmarts(selection);
-    else if (command == QLatin1String("sources"))
-        emit ui->requestUiRepathSources(selection);
+    if (command == QLatin1String("smarts"))
+        emit koService<koInternalUiService>()->requestUiRepathSmarts(selection);
     else
         m_module->repathReferences(selection, true, true);
     QCoreApplication::processEvents();
@@ -222,36 +191,9 @@ void tst_koReferenceRepathFlow::repath()
     QCOMPARE(reloads.count(), changed > 0 || answers.contains(QStringLiteral("missing only")) ? 1 : 0);
 }
 
-// The dialog is made anew for each repath: no folder or narrowed search may carry over.
-// Enter in the path field accepts it; it does not open the folder picker.
-void tst_koReferenceRepathFlow::dialogStartsFreshAndEnterAccepts()
-{
-    koScriptedFileDialog files;
-    files.answer(m_host.path(QStringLiteral("current")));
-    koReferenceRePathDialogI dialog(m_module.get());
-    QVERIFY(dialog.newPath().isEmpty());
-    QVERIFY(!dialog.missingFilesOnly());
-    QVERIFY(dialog.searchSubdirectories());
-    dialog.m_newPathButton->click();
-    QCOMPARE(dialog.newPath(), m_host.path(QStringLiteral("current")));
-
-    dialog.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-    dialog.m_newPath->setFocus();
-    QTest::keyClicks(dialog.m_newPath, QStringLiteral("/new"));
-    QTest::keyClick(dialog.m_newPath, Qt::Key_Return);
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QVERIFY(!dialog.isVisible());
-    QCOMPARE(files.calls().size(), 1);
-    QCOMPARE(dialog.newPath(), m_host.path(QStringLiteral("current/new")));
-}
-
 void tst_koReferenceRepathFlow::cancelDuringTheSearchChangesNothing()
 {
-    for (int folder = 0; folder < 20; ++folder) {
-        for (const QString& file : {QStringLiteral("a.kpr"), QStringLiteral("a.obj"), QStringLiteral("b.obj")})
-            m_host.writeFile(QStringLiteral("new/%1/%2").arg(folder).arg(file), "o X\n");
-    }
+    m_host.writeFile(QStringLiteral("new/a.obj"), "o X\n");
     const QStringList linksBefore = links();
     QSignalSpy reloads(m_module->referenceModel(), &QAbstractItemModel::layoutChanged);
     koDialogDriver driver;

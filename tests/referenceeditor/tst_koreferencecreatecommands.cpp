@@ -70,12 +70,14 @@ QString tst_koReferenceCreateCommands::describe(const kodReferenceNode& referenc
 void tst_koReferenceCreateCommands::create_data()
 {
     QTest::addColumn<bool>("source");
+    // The files picked; none for Create Smart/New, which asks for no file.
     QTest::addColumn<QStringList>("picked");
     QTest::addColumn<QStringList>("expectedReferences");
 
     QTest::newRow("smart references from a mixed pick")
         << false << QStringList{"parts/a.obj", "smart/shape.osb", "smart/UPPER.KPR", "smart/wheel.v2.kpr"}
         << QStringList{"shape smart/shape.osb -", "wheel.v2 smart/wheel.v2.kpr -"};
+    QTest::newRow("new smart reference") << false << QStringList() << QStringList{"Reference - -"};
     QTest::newRow("source reference") << true << QStringList{"parts/b.obj"} << QStringList{"b - parts/b.obj"};
 }
 
@@ -94,7 +96,7 @@ void tst_koReferenceCreateCommands::create()
     const int undoSteps = koUndoStack::the()->count();
     const kodNode holder = koTestHost::findNode(QStringLiteral("Holder"));
 
-    m_module->createReference(source, true, {holder, koTestHost::findNode(QStringLiteral("Smart"))});
+    m_module->createReference(source, !picked.isEmpty(), {holder, koTestHost::findNode(QStringLiteral("Smart"))});
 
     QStringList created;
     for (const kodNode& child : holder.getChildren()) {
@@ -135,6 +137,9 @@ void tst_koReferenceCreateCommands::replace_data()
                + smartKept;
     QTest::newRow("smart: no smart file picked") << "Smart" << "smart: pick parts/a.obj" << none << smartKept;
     // Content never written exists only in memory: replacing it is a change to confirm.
+    QTest::newRow("smart: unsaved, OK") << "Fresh" << "smart: pick smart/shape.osb" << int(QMessageBox::Ok)
+                                        << QStringList{changed, "shape smart/shape.osb parts/a.obj",
+                                                       "field smart/shape.osb"};
     QTest::newRow("smart: unsaved but changed, Cancel")
         << "Fresh*" << "smart: pick smart/shape.osb" << int(QMessageBox::Cancel)
         << QStringList{changed, "Fresh unsaved parts/a.obj", "field smart/shape.osb"};

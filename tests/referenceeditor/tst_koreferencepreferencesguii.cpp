@@ -154,6 +154,10 @@ void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys_data()
                        "setChangeNotificationMode(0)",      "setSmartReferenceStoreMode(1)",
                        "setSmartReferenceStoreLocation(/data/smart)", "setLoadSubReferencesMode(2)",
                        "setUpdateMonitoringInterval(1000000)"};
+    // Typing stops at the longest interval.
+    QTest::newRow("the last mode, the longest interval")
+        << QStringList{"m_updateMonitoringInterval=100000", "m_loadSubReferences=Avoid leaf references"}
+        << QStringList{"setLoadSubReferencesMode(3)", "setUpdateMonitoringInterval(10000000)"};
 }
 
 void tst_koReferencePreferencesGUII::applyPushesOnlyChangedKeys()

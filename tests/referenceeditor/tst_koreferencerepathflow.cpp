@@ -91,11 +91,11 @@ void tst_koReferenceRepathFlow::answerRepathDialog(koDialogDriver& driver, const
     });
 }
 
-// "A smart=path" and "A source=path" for A and B, paths relative to the test folder.
+// "A smart=path" and "A source=path" for A, B and C, paths relative to the test folder.
 QStringList tst_koReferenceRepathFlow::links() const
 {
     QStringList links;
-    for (const kodReferenceNode& node : koTestHost::findReferences({QStringLiteral("A"), QStringLiteral("B")})) {
+    for (const kodReferenceNode& node : koTestHost::findReferences({"A", "B", "C"})) {
         links << node.getName() + " smart=" + m_host.relative(node.getSmartPath())
               << node.getName() + " source=" + m_host.relative(node.getSourcePath());
     }
@@ -186,7 +186,7 @@ void tst_koReferenceRepathFlow::repath()
     shown << koTestHost::logLines().filter(QStringLiteral("Warning References: ")).replaceInStrings(root, QString());
     QCOMPARE(shown, outcome);
     // No undo group: the host makes each re-pointed link a step of its own.
-    const int changed = shown.filter(QRegularExpression(QStringLiteral("^[AB] (smart|source)="))).size();
+    const int changed = shown.filter(QRegularExpression(QStringLiteral("^[ABC] (smart|source)="))).size();
     QCOMPARE(koUndoStack::the()->count() - undoSteps, changed);
     QCOMPARE(reloads.count(), changed > 0 || answers.contains(QStringLiteral("missing only")) ? 1 : 0);
 }

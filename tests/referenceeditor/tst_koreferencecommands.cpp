@@ -169,6 +169,15 @@ void tst_koReferenceCommands::commands_data()
     QTest::newRow("delete all source") << "Edit/Delete All Source References" << QStringList()
                                        << QStringList{"Frame"} << none
                                        << QStringList{"Frame loaded smart -", "undo Delete all source references"};
+    QTest::newRow("reimport smart, unloaded only")
+        << "(Re)Import Smart/Unloaded" << QStringList() << QStringList{"Frame", "Mudguard"} << none
+        << QStringList{"Mudguard loaded smart -", "undo Reimport Smart Reference"};
+    QTest::newRow("reimport source, outdated only")
+        << "(Re)Import Source/Outdated" << QStringList() << QStringList{"Frame", "Drivetrain"} << int(QMessageBox::Ok)
+        << QStringList{"Reimport source references|Reimporting smart reference's source file will replace the current "
+                       "smart reference with a newly converted version from the source. This will only overwrite the "
+                       "smart reference once you save. Select OK to proceed. (question)",
+                       "import Drivetrain", "undo Import Source"};
     // Smart files are read one by one, sources imported at once.
     QTest::newRow("host: load") << "request load" << QStringList{"unload Drivetrain", "unload Bell"}
                                 << QStringList{"Drivetrain", "Bell"} << none

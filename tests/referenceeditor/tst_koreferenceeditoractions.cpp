@@ -28,8 +28,8 @@ private slots:
     void filterEntriesFilterTheList();
     void searchKeepsOnlyMatchesSelected();
     // The only path from a menu entry to saving: a dead entry would leave work unsaved.
-    void saveEntriesStartTheirFlows_data();
-    void saveEntriesStartTheirFlows();
+    void entriesStartTheirFlows_data();
+    void entriesStartTheirFlows();
 
 private:
     // The menu bar's and the context menu's entries.
@@ -193,12 +193,23 @@ QStringList tst_koReferenceEditorActions::listedNames() const
 
 void tst_koReferenceEditorActions::filterEntriesFilterTheList()
 {
+    koTestHost::findNode(QStringLiteral("Tubes")).setName(QStringLiteral("Tubing"));
     m_module->m_listMode->setCurrentIndex(1);
     koTestHost::settle();
-    QAction* unloaded = koTestHost::findAction(m_module->filterMenu()->menu()->actions(), QStringLiteral("Unloaded"));
-    unloaded->trigger();
-    QCOMPARE(listedNames(), (QStringList{"Cassette", "Mudguard"}));
-    unloaded->trigger();
+    // Each entry on its own reads its own fact.
+    const QList<QPair<QString, QStringList>> entries{
+        {"Unloaded", {"Cassette", "Mudguard"}},
+        {"Missing", {"Cassette"}},
+        {"Modified", {"Frame"}},
+        {"Smart References",
+         {"Bicycle", "Cassette", "Drivetrain", "Fork", "Frame", "Front Wheel", "Headset", "Hub", "Hub", "Light",
+          "Mudguard", "Rear Wheel"}}};
+    for (const auto& entry : entries) {
+        QAction* action = koTestHost::findAction(m_module->filterMenu()->menu()->actions(), entry.first);
+        action->trigger();
+        QCOMPARE(listedNames(), entry.second);
+        action->trigger();
+    }
     // The file types are read from the scene as the menu opens.
     QTest::mouseClick(m_module->filterMenu()->button(), Qt::LeftButton);
     m_module->filterMenu()->menu()->hide();
@@ -215,13 +226,19 @@ void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()
     m_module->m_searchBox->setText(QStringLiteral("FRAME"));
     // The root stays to show the way to the match, but it does not match itself.
     QCOMPARE(selection->getAllSelectedNodes(), QList<kodNode>{reference(QStringLiteral("Frame"))});
+    // A match three levels down shows with the way to it.
+    m_module->m_searchBox->setText(QStringLiteral("headset"));
+    QModelIndex fork;
+    for (int level = 0; level < 3; ++level)
+        fork = m_module->filterModel()->index(0, 0, fork);
+    QCOMPARE(fork.data(Qt::UserRole).value<kodNode>().getName(), "Fork");
     // Typed text is no pattern; hiding the selection empties the path fields.
     m_module->m_searchBox->setText(QStringLiteral("[f]rame"));
     QCOMPARE(m_module->filterModel()->rowCount(), 0);
     QCOMPARE(m_module->m_smartFile->text(), QString());
 }
 
-void tst_koReferenceEditorActions::saveEntriesStartTheirFlows_data()
+void tst_koReferenceEditorActions::entriesStartTheirFlows_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("selected");
@@ -232,9 +249,10 @@ void tst_koReferenceEditorActions::saveEntriesStartTheirFlows_data()
     QTest::newRow("save smart changes") << "Context Menu/Save Smart Changes" << "Bell"
                                         << "koReferenceSmartLocationDialog";
     QTest::newRow("save smart as") << "Context Menu/Save Smart As" << "Frame" << "Save Smart Reference As";
+    QTest::newRow("create source") << "Context Menu/Create Source" << "Frame" << "Load Source Reference";
 }
 
-void tst_koReferenceEditorActions::saveEntriesStartTheirFlows()
+void tst_koReferenceEditorActions::entriesStartTheirFlows()
 {
     QFETCH(QString, entry);
     QFETCH(QString, selected);

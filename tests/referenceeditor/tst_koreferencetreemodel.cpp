@@ -1,3 +1,4 @@
+#include "HtmlDelegate.h"
 #include "koReferenceFlatModelItem.h"
 #include "koReferenceModelItem.h"
 #include "koReferenceTreeModel.h"
@@ -8,6 +9,8 @@
 #include <kovis/koReferenceService.h>
 #include <kovis/koStyle.h>
 
+#include <QRegularExpression>
+#include <QTextDocument>
 #include <QtTest>
 
 class tst_koReferenceTreeModel : public QObject
@@ -60,6 +63,12 @@ void tst_koReferenceTreeModel::displayText_data()
                + "]";
     QTest::newRow("smart file named after the node but for case")
         << koTestHost::reference("Motor", "motor.kpr", QString()) << QString() << "Motor [" + upToDate("motor.kpr") + "]";
+    QTest::newRow("links without paths") << koTestHost::reference("Bare", "", "") << QString() << "Bare";
+    QTest::newRow("out of date source")
+        << koTestHost::reference("Wheel", QString(), "rim.obj", {{"sourceImported", "2001-01-01T00:00:00Z"}})
+        << QString() << "Wheel [" + colored(koStyle::getReferenceOutOfDateColor(), "rim.obj") + "]";
+    QTest::newRow("name that reads as markup") << koTestHost::reference("Bolt<M8> & Nut", QString(), "rim.obj")
+                                               << QString() << "Bolt<M8> & Nut [" + upToDate("rim.obj") + "]";
     // Content never written is a change: it would be lost without a save.
     QTest::newRow("unsaved smart link") << koTestHost::reference("Wheel", QString(), "rim.obj") << "convert"
                                         << "*Wheel [" + upToDate("rim.obj") + "]";
@@ -82,7 +91,13 @@ void tst_koReferenceTreeModel::displayText()
         koService<koReferenceService>()->convertToSmartReference(node);
 
     ReferenceModel model(new koReferenceFlatModelItem(kodNode()));
-    QCOMPARE(model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId())), 0).data().toString(), expected);
+    const QModelIndex row = model.indexFromId(QVariant::fromValue(kodNode(node.getObjectId())), 0);
+    QCOMPARE(row.data().toString(), expected);
+    // What the views paint: the same words, only the labels taken as markup.
+    QTextDocument painted;
+    painted.setHtml(row.data(HtmlDelegate::RichTextRole).toString());
+    const QRegularExpression labelTags(QStringLiteral("<font color=\"#\\w+\">|</font>"));
+    QCOMPARE(painted.toPlainText(), QString(expected).remove(labelTags));
 }
 
 void tst_koReferenceTreeModel::lockedWinsOverHiddenInTheColour()

@@ -4,7 +4,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 class tst_RepathTreeWalk : public QObject
 {
@@ -27,6 +29,9 @@ void tst_RepathTreeWalk::listsAsQDirIterator()
     QVERIFY(QFile::link(root.filePath("a"), root.filePath("a/up")));
     QVERIFY(QFile::link(root.filePath("none"), root.filePath("broken")));
     QCOMPARE(mkfifo(QFile::encodeName(root.filePath("pipe")).constData(), 0600), 0);
+    // Names the local encoding cannot decode are passed over; a leading byte order mark is kept.
+    for (const char* name : {"/\xff\xfe.bin", "/\xef\xbb\xbf" "bom"})
+        QCOMPARE(close(creat((QFile::encodeName(dir.path()) + name).constData(), 0600)), 0);
 
     QStringList expected;
     QDirIterator it(dir.path(), QDir::Files | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);

@@ -15,6 +15,8 @@ class tst_kovisHostCommandLine : public QObject
     Q_OBJECT
 
 private slots:
+    void argumentMistakesStopWithAReason_data();
+    void argumentMistakesStopWithAReason();
     void listingAndCheck();
     void repathWritesOnlyWhenAsked();
 };
@@ -84,6 +86,36 @@ QString makeMovedProject(const QTemporaryDir& folder, const QStringList& newFile
 }
 
 } // namespace
+
+void tst_kovisHostCommandLine::argumentMistakesStopWithAReason_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("error");
+
+    const QString file = QStringLiteral(KOVIS_DEMO_PROJECT);
+    QTest::newRow("two commands") << QStringList{"--check", "p.kpr", "--repath", "new"}
+                                  << "--check, --repath cannot go together";
+    QTest::newRow("write without repath") << QStringList{"--write", "--check", "p.kpr"}
+                                          << "--write goes with --repath only";
+    QTest::newRow("sources and smarts") << QStringList{"--repath", "new", "--sources", "--smarts", "p.kpr"}
+                                        << "not both";
+    QTest::newRow("unknown format") << QStringList{"--list-references", "p.kpr", "--format", "xml"}
+                                    << "Unknown format: xml";
+    QTest::newRow("a second project") << QStringList{"--check", "p.kpr", "q.kpr"} << "Unexpected argument: q.kpr";
+    QTest::newRow("repath into a file") << QStringList{"--repath", file, "p.kpr"} << "Not a folder: " + file;
+}
+
+// Nothing runs: a pipeline sees exit code 2, the reason and no output.
+void tst_kovisHostCommandLine::argumentMistakesStopWithAReason()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, error);
+
+    const Run run = runHost(arguments);
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.err.contains(error), qPrintable(run.err));
+    QCOMPARE(run.out, QString());
+}
 
 // A listing exits with 0 whatever it lists; a check counts the missing links of both kinds.
 void tst_kovisHostCommandLine::listingAndCheck()

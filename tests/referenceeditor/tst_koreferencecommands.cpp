@@ -24,6 +24,8 @@
 #include <QUndoStack>
 #include <QtTest>
 
+#include <stdexcept>
+
 namespace {
 
 // Writes down the host calls that the commands make, then makes them.
@@ -285,6 +287,17 @@ void tst_koReferenceCommands::removeAllReloadsOnceAfterTheLastRemoval()
     // Only the project is left a reference; everything below became plain groups.
     QCOMPARE(m_module->referenceModel()->rowCount(), 1);
     QCOMPARE(m_module->referenceModel()->rowCount(m_module->referenceModel()->index(0, 0)), 0);
+
+    // A host that fails half-way must not leave the window waiting for a load that never ends.
+    QVERIFY(koService<koFileIOService>()->loadProject(QStringLiteral(KOVIS_DEMO_PROJECT)));
+    int removals = 0;
+    m_references->onRemove = [&removals] {
+        if (++removals == 3)
+            throw std::runtime_error("host failure");
+    };
+    driver.answerMessageBox(QMessageBox::Ok);
+    QVERIFY_EXCEPTION_THROWN(m_module->commands()->removeAllReferences(), std::runtime_error);
+    QVERIFY(!m_module->isProjectLoading());
 }
 
 void tst_koReferenceCommands::sceneInformationSumsTheLinks()

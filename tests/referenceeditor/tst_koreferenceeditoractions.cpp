@@ -211,10 +211,23 @@ void tst_koReferenceEditorActions::filterEntriesFilterTheList()
         action->trigger();
     }
     // The file types are read from the scene as the menu opens.
-    QTest::mouseClick(m_module->filterMenu()->button(), Qt::LeftButton);
-    m_module->filterMenu()->menu()->hide();
-    m_module->filterMenu()->fileTypeEntries().value(QStringLiteral("stl"))->trigger();
+    const auto openMenu = [this] {
+        QTest::mouseClick(m_module->filterMenu()->button(), Qt::LeftButton);
+        m_module->filterMenu()->menu()->hide();
+    };
+    openMenu();
+    const QPointer<QAction> stl = m_module->filterMenu()->fileTypeEntries().value(QStringLiteral("stl"));
+    QAction* obj = m_module->filterMenu()->fileTypeEntries().value(QStringLiteral("obj"));
+    stl->trigger();
     QCOMPARE(listedNames(), QStringList{"Bell"});
+    // A type that leaves the scene takes its filter with it; a type that stays keeps its entry.
+    obj->trigger();
+    reference(QStringLiteral("Bell")).setSourcePath(m_host.path(QStringLiteral("bell.ply")));
+    openMenu();
+    QVERIFY(stl.isNull());
+    QCOMPARE(m_module->filterMenu()->fileTypeEntries().value(QStringLiteral("obj")), obj);
+    obj->trigger();
+    QVERIFY(m_module->filterModel()->isFilterEmpty());
 }
 
 void tst_koReferenceEditorActions::searchKeepsOnlyMatchesSelected()

@@ -24,7 +24,8 @@ class tst_koReferencePreferencesInHost : public QObject
 private slots:
     void initTestCase();
     void cleanupTestCase();
-    void sessionStartNoticesOnly();
+    void notificationModeDecidesTheNotices_data();
+    void notificationModeDecidesTheNotices();
 
 private:
     int notices() const;
@@ -60,16 +61,32 @@ int tst_koReferencePreferencesInHost::notices() const
     return count;
 }
 
-// The mode chosen in the dialog reaches the host: one notice at opening, none after a change.
-void tst_koReferencePreferencesInHost::sessionStartNoticesOnly()
+void tst_koReferencePreferencesInHost::notificationModeDecidesTheNotices_data()
 {
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<int>("atOpening");
+    QTest::addColumn<int>("afterAChange");
+
+    QTest::newRow("always") << "Always" << 0 << 1;
+    QTest::newRow("at session start only") << "At session start only" << 1 << 0;
+    QTest::newRow("off") << "Off" << 0 << 0;
+}
+
+// The mode chosen in the dialog reaches the host, which notices a missing file at opening
+// or a file changed later as the mode says.
+void tst_koReferencePreferencesInHost::notificationModeDecidesTheNotices()
+{
+    QFETCH(QString, mode);
+    QFETCH(int, atOpening);
+    QFETCH(int, afterAChange);
+
     koPreferencesDialog dialog;
     auto* categories = dialog.findChild<QListWidget*>(QStringLiteral("PreferencesCategories"));
     const QList<QListWidgetItem*> items = categories->findItems(QStringLiteral("References"), Qt::MatchExactly);
     QCOMPARE(items.size(), 1);
     categories->setCurrentItem(items.first());
     QWidget* page = dialog.findChild<QStackedWidget*>()->currentWidget();
-    page->findChild<QComboBox*>(QStringLiteral("m_changeNotificationMode"))->setCurrentText("At session start only");
+    page->findChild<QComboBox*>(QStringLiteral("m_changeNotificationMode"))->setCurrentText(mode);
     dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
     const QString part = m_host.writeFile(QStringLiteral("part.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\no Part\nf 1 2 3\n");
     const QString project = m_host.writeProject(
@@ -78,10 +95,10 @@ void tst_koReferencePreferencesInHost::sessionStartNoticesOnly()
     koService<koLogService>()->clear();
 
     QVERIFY(koService<koFileIOService>()->loadProject(project));
-    QCOMPARE(notices(), 1);
+    QCOMPARE(notices(), atOpening);
     koTestHost::setModified(part, QDateTime::currentDateTime().addDays(1));
     koService<koReferenceService>()->checkFiles();
-    QCOMPARE(notices(), 1);
+    QCOMPARE(notices(), atOpening + afterAChange);
 }
 
 QTEST_MAIN(tst_koReferencePreferencesInHost)
